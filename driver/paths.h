@@ -33,6 +33,58 @@ inline constexpr char kReplySocket[] = ZR7700_SOCKETS "/com.tessary.zr77002.sock
 
 inline constexpr char kStatusMemory[] = "/" ZR7700_SHM_PREFIX "TessaryZR7700PrinterMMap";
 
+// One engine family: its four libraries in the order in which they are opened, and the files that
+// they read. The engine completes the four path prefixes itself.
+struct EngineFamily {
+  const char* name;
+  const char* flib;
+  const char* hpec;
+  const char* hpeh;
+  const char* hpep;
+  const char* engine_path1;
+  const char* engine_path2;
+  const char* engine_path3;
+  const char* engine_path4;
+  const char* color_table_standard;
+  const char* color_table_photo;
+  const char* color_table_photo_glossy;
+  const char* engine_ini;
+};
+
+// Both photo tables of Heron are one file, and all its prefixes lie in the shared folder, while
+// Granite keeps its first three with the libraries: the engines are installed like that.
+inline constexpr EngineFamily kHeron = {
+    .name = "Heron",
+    .flib = ZR7700_LIBRARIES "/tqheflib.framework/tqheflib",
+    .hpec = ZR7700_LIBRARIES "/tqhehpec.framework/tqhehpec",
+    .hpeh = ZR7700_LIBRARIES "/tqhehpeh.framework/tqhehpeh",
+    .hpep = ZR7700_LIBRARIES "/tqhehpep.framework/tqhehpep",
+    .engine_path1 = ZR7700_ENGINE_DATA "/tqhe",
+    .engine_path2 = ZR7700_ENGINE_DATA "/tqhe",
+    .engine_path3 = ZR7700_ENGINE_DATA "/tqhe",
+    .engine_path4 = ZR7700_ENGINE_DATA "/tqhe",
+    .color_table_standard = ZR7700_ENGINE_DATA "/tqhebsclr1",
+    .color_table_photo = ZR7700_ENGINE_DATA "/tqhebsclrL",
+    .color_table_photo_glossy = ZR7700_ENGINE_DATA "/tqhebsclrL",
+    .engine_ini = ZR7700_ENGINE_DATA "/tqhecfg.ini",
+};
+
+inline constexpr EngineFamily kGranite = {
+    .name = "Granite",
+    .flib = ZR7700_LIBRARIES "/tqgrflib.framework/tqgrflib",
+    .hpec = ZR7700_LIBRARIES "/tqgrhpec.framework/tqgrhpec",
+    .hpeh = ZR7700_LIBRARIES "/tqgrhpeh.framework/tqgrhpeh",
+    .hpep = ZR7700_LIBRARIES "/tqgrhpep.framework/tqgrhpep",
+    .engine_path1 = ZR7700_LIBRARIES "/tqgr",
+    .engine_path2 = ZR7700_LIBRARIES "/tqgr",
+    .engine_path3 = ZR7700_LIBRARIES "/tqgr",
+    .engine_path4 = ZR7700_ENGINE_DATA "/tqgr",
+    .color_table_standard = ZR7700_ENGINE_DATA "/tqgrclr1",
+    .color_table_photo = ZR7700_ENGINE_DATA "/tqgrclrPhoto",
+    .color_table_photo_glossy = ZR7700_ENGINE_DATA "/tqgrclrPhGlossy",
+    .engine_ini = ZR7700_ENGINE_DATA "/tqgrcfg.ini",
+};
+
 }  // namespace zr7700::paths
 
 #endif  // ZR7700_DRIVER_PATHS_H_

@@ -104,28 +104,28 @@ typedef int32_t (*SetAlignmentInformationEntry)(HPEHandle, uint32_t item, uint32
 
 /* The entries in the order in which they are resolved, as X(name, type). A library exports each
  * under exactly this name with C linkage. */
-#define HPE_ENTRIES(X)                                                \
-  X(CreateHostPrintEngine, CreateHostPrintEngineEntry)                \
-  X(HPEInitialize, HPEInitializeEntry)                                \
-  X(HPEStartDoc, HPEStartDocEntry)                                    \
-  X(HPEStartPage, HPEStartPageEntry)                                  \
-  X(HPESendBand, HPESendBandEntry)                                    \
-  X(HPEEndPage, HPEEndPageEntry)                                      \
-  X(HPEEndDoc, HPEEndDocEntry)                                        \
-  X(DestroyHostPrintEngine, DestroyHostPrintEngineEntry)              \
-  X(SetInputResolution, SetInputResolutionEntry)                      \
-  X(SetLeftMargin, SetNumberEntry)                                    \
-  X(SetTopMargin, SetNumberEntry)                                     \
-  X(SetPrintableWidth, SetNumberEntry)                                \
-  X(SetPrintableHeight, SetNumberEntry)                               \
-  X(SetPhysicalWidth, SetNumberEntry)                                 \
-  X(SetInstalledCartridge, SetInstalledCartridgeEntry)                \
-  X(SetHPERasterFormat, SetCodeEntry)                                 \
-  X(SetAlignmentInformation, SetAlignmentInformationEntry)            \
-  X(SetPageIntent, SetNumberEntry)                                    \
-  X(SetMediaType, SetCodeEntry)                                       \
-  X(SetOutputPrintQuality, SetCodeEntry)                              \
-  X(SetPaperTray, SetNumberEntry)                                     \
+#define HPE_ENTRIES(X)                                     \
+  X(CreateHostPrintEngine, CreateHostPrintEngineEntry)     \
+  X(HPEInitialize, HPEInitializeEntry)                     \
+  X(HPEStartDoc, HPEStartDocEntry)                         \
+  X(HPEStartPage, HPEStartPageEntry)                       \
+  X(HPESendBand, HPESendBandEntry)                         \
+  X(HPEEndPage, HPEEndPageEntry)                           \
+  X(HPEEndDoc, HPEEndDocEntry)                             \
+  X(DestroyHostPrintEngine, DestroyHostPrintEngineEntry)   \
+  X(SetInputResolution, SetInputResolutionEntry)           \
+  X(SetLeftMargin, SetNumberEntry)                         \
+  X(SetTopMargin, SetNumberEntry)                          \
+  X(SetPrintableWidth, SetNumberEntry)                     \
+  X(SetPrintableHeight, SetNumberEntry)                    \
+  X(SetPhysicalWidth, SetNumberEntry)                      \
+  X(SetInstalledCartridge, SetInstalledCartridgeEntry)     \
+  X(SetHPERasterFormat, SetCodeEntry)                      \
+  X(SetAlignmentInformation, SetAlignmentInformationEntry) \
+  X(SetPageIntent, SetNumberEntry)                         \
+  X(SetMediaType, SetCodeEntry)                            \
+  X(SetOutputPrintQuality, SetCodeEntry)                   \
+  X(SetPaperTray, SetNumberEntry)                          \
   X(SetImageSharpeningLevel, SetNumberEntry)
 
 #ifdef __cplusplus

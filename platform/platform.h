@@ -38,8 +38,8 @@ Lookup ReadPropertyString(const char* path, const char* key, std::string& utf8);
 bool WritePropertyNumber(const char* path, const char* key, int32_t value);
 
 // Says where LocalizedText finds its translations: message catalogues named `domain` under
-// `directory`. A system that keeps translations in the program's own bundle ignores it. Both strings
-// must stay valid. Main thread, once, before LocalizedText.
+// `directory`. A system that keeps translations in the program's own bundle ignores it. Both
+// strings must stay valid. Main thread, once, before LocalizedText.
 void UseMessageCatalogue(const char* domain, const char* directory);
 
 // Makes `language` (a language code such as "de", or a locale name such as "de_DE.UTF-8") the

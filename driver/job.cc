@@ -1,0 +1,118 @@
+#include "driver/job.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "driver/command_line.h"
+#include "driver/log.h"
+#include "driver/page_loop.h"
+#include "driver/paths.h"
+#include "driver/raster_input.h"
+#include "driver/settings.h"
+#include "engine/document.h"
+#include "engine/job_variables.h"
+#include "status/back_channel.h"
+#include "status/cancel_signal.h"
+#include "status/condition_reports.h"
+#include "status/job_check.h"
+#include "status/state_wait.h"
+#include "status/status_memory.h"
+#include "status/status_thread.h"
+
+namespace zr7700 {
+namespace {
+
+constexpr int kArgumentsWithFile = 7;
+constexpr unsigned kBusyPause_s = 2;
+constexpr int kIdleLimit_s = 20;
+constexpr int kFinalReads = 10;
+
+void LogSetting(const char* label, int32_t value) {
+  LogMessage(kLogDetail, "   %s: %i", label, value);
+}
+
+void LogSettings() {
+  LogMessage(kLogDetail, "-----  Settings  --------");
+  LogSetting("LeftMarginOffset", settings.LeftMarginOffset);
+  LogSetting("LeftMarginOffsetHeron", settings.LeftMarginOffsetHeron);
+  LogSetting("LeftMarginOffsetHeronHQ", settings.LeftMarginOffsetHeronHighQuality);
+  LogSetting("TopMarginOffset", settings.TopMarginOffset);
+  LogSetting("TopMarginOffsetHeron", settings.TopMarginOffsetHeron);
+  LogSetting("ImageSharpeningLevel", settings.ImageSharpeningLevel);
+  LogSetting("RunCompDiv", settings.RunCompDiv);
+  LogSetting("RunComp", settings.RunComp);
+  LogSetting("StatusFrequency", settings.dwStatusFrequency);
+  LogSetting("Feed Adjust", settings.FeedAdjust);
+  LogMessage(kLogDetail, "---------------------------");
+}
+
+void TakeSettings() {
+  LogMessage(kLogMilestone, "FILTER_STARTED");
+  LogMessage(kLogMilestone, "Getting Settings...");
+  ReadSettings(paths::kSettings);
+  LogSettings();
+  job_variables.FeedAdjust = settings.FeedAdjust;
+  job_variables.OutputDest = settings.OutputDest;
+}
+
+void TakeJobOptions(const FilterArgs& arguments) {
+  job_variables.SkipLowInkFWCheck = arguments.SkipLowInkFWCheck ? 1 : 0;
+  job_variables.SuppressStartingUtilityOnError = arguments.SuppressStartingUtilityOnError ? 1 : 0;
+}
+
+void WaitForPrinter() {
+  LogMessage(kLogDetail, "**** Wait until printer Busy");
+  sleep(kBusyPause_s);
+  LogMessage(kLogDetail, "**** Wait until printer not Busy\n");
+  PrinterStatusRecord record = {};
+  WaitForPrinterState(record, kStateIdle, true, kIdleLimit_s);
+  ReportStatusUntilClear(kFinalReads);
+  LogMessage(kLogDetail, "Printer Status = %c. \n\n", StateLetter(record));
+}
+
+int EndJob(int page_count) {
+  LogMessage(kLogDetail, "     Finished print job");
+  EndDocument();
+  LogMessage(kLogDetail, "     Flushing stdout");
+  fflush(stdout);
+  WaitForPrinter();
+  CloseStatusMemory();
+  if (page_count == 0) {
+    LogMessage(kLogDetail, "     No pages found!");
+    return EXIT_FAILURE;
+  }
+  LogMessage(kLogDetail, "     Ready to print.");
+  return EXIT_SUCCESS;
+}
+
+}  // namespace
+
+int RunJob(int argc, char* argv[]) {
+  PrepareBackChannel();
+  LogOpen(paths::kLog, kLogTrace);
+  TakeSettings();
+  ClearPrinterStates();
+
+  FilterArgs arguments;
+  ppd_file_t* const ppd = ParseCommandLine(argc, argv, arguments);
+  if (ppd == nullptr) return EXIT_FAILURE;
+  TakeJobOptions(arguments);
+
+  if (!StartOfPageJobCheck(0)) return EXIT_FAILURE;
+  InstallCancelHandler();
+  if (!DocumentSetup(ppd)) return EXIT_FAILURE;
+
+  cups_raster_t* raster = nullptr;
+  if (!OpenRaster(argc == kArgumentsWithFile ? argv[6] : nullptr, raster)) return EXIT_FAILURE;
+
+  int page_count = 0;
+  if (PrintPages(raster, arguments.SuppressStartingUtilityOnError, page_count) ==
+      LoopEnd::kAbandoned) {
+    return EXIT_FAILURE;
+  }
+  return EndJob(page_count);
+}
+
+}  // namespace zr7700

@@ -1,0 +1,44 @@
+#include "driver/raster_input.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+
+#include "driver/log.h"
+#include "status/cancel_signal.h"
+
+namespace zr7700 {
+namespace {
+
+// CUPS' own reading would begin an interrupted read anew and sit out the cancel. The context is the
+// descriptor itself.
+ssize_t ReadInput(void* context, unsigned char* buffer, size_t length) {
+  const auto descriptor = static_cast<int>(reinterpret_cast<intptr_t>(context));
+  while (WaitForInput(descriptor)) {
+    const ssize_t count = read(descriptor, buffer, length);
+    if (count >= 0 || (errno != EINTR && errno != EAGAIN)) return count;
+  }
+  errno = ECANCELED;
+  return -1;
+}
+
+}  // namespace
+
+bool OpenRaster(const char* path, cups_raster_t*& raster) {
+  int descriptor = STDIN_FILENO;
+  if (path != nullptr) {
+    descriptor = open(path, O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) {
+      LogMessage(kLogDetail, "Unable to open raster file - %s", strerror(errno));
+      return false;
+    }
+  }
+  void* const context = reinterpret_cast<void*>(static_cast<intptr_t>(descriptor));
+  raster = cupsRasterOpenIO(ReadInput, context, CUPS_RASTER_READ);
+  return true;
+}
+
+}  // namespace zr7700

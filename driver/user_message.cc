@@ -1,0 +1,34 @@
+#include "driver/user_message.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+
+#include "driver/paths.h"
+#include "platform/platform.h"
+
+namespace zr7700 {
+
+void SetUpMessageLanguage() {
+  setbuf(stderr, nullptr);
+  platform::UseMessageCatalogue(paths::kCatalogueDomain, paths::kCatalogues);
+  const char* language = getenv("APPLE_LANGUAGE");
+  if (language == nullptr) language = getenv("LANG");
+  if (language != nullptr) platform::SetMessageLanguage(language);
+}
+
+void WriteUserMessage(const char* prefix, const std::string& format, ...) {
+  char text[2048];
+  va_list arguments;
+  va_start(arguments, format);
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+  const int length = vsnprintf(text, sizeof text, format.c_str(), arguments);
+#pragma GCC diagnostic pop
+  va_end(arguments);
+  if (length >= 0 && static_cast<size_t>(length) < sizeof text) {
+    fprintf(stderr, "%s: %s\n", prefix, text);
+  }
+}
+
+}  // namespace zr7700

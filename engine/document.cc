@@ -1,0 +1,194 @@
+#include "engine/document.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include "driver/log.h"
+#include "driver/settings.h"
+#include "engine/byte_order.h"
+#include "engine/clip_buffers.h"
+#include "engine/engine_entries.h"
+#include "engine/engine_output.h"
+#include "engine/fatal_limit.h"
+#include "engine/ini_file.h"
+#include "engine/job_variables.h"
+#include "engine/ppd_choices.h"
+#include "engine/wrapping.h"
+
+namespace zr7700 {
+namespace {
+
+// A disc of 120 mm at 600 dpi.
+constexpr uint32_t kDiscDots = 2834;
+constexpr int32_t kTopMarginDots = 69;
+constexpr uint32_t kRoundDisc = 1;
+constexpr uint32_t kClipBufferBytes = 20400;
+constexpr uint32_t kMaxImageDots = 5100;
+constexpr uint32_t kPhotoThreshold = 700;
+constexpr uint32_t kDraftDpi = 300;
+constexpr uint8_t kStandardColors = 1;
+
+constexpr char kConfiguration[] = "[Configuration]";
+constexpr char kSwathBuilder[] = "[ESwathBuilder]";
+constexpr char kPassesKey[] = "Slot1NumPassesOverride=";
+
+bool InitializeEngine(const JobVariables& variables) {
+  LogMessage(kLogMilestone, "   ### HPEInitialize");
+  const int32_t status =
+      hpe::HPEInitialize(engineHandle, variables.enginePath1, variables.enginePath2,
+                         variables.enginePath3, variables.enginePath4);
+  if (status != HPE_OK) {
+    LogMessage(kLogDetail, "   HPEInitialize Failed 0x%x", static_cast<uint32_t>(status));
+    return false;
+  }
+  LogMessage(kLogDetail, "   HPEInitialize Success %s %s", variables.enginePath3,
+             variables.enginePath4);
+  engineFlags |= kEngineInitialised;
+  return true;
+}
+
+void SetFixedGeometry(JobVariables& variables) {
+  LogMessage(kLogMilestone, "Default Page Format CDDVD");
+  variables.discForm = kRoundDisc;
+  variables.imageHeight = kDiscDots;
+  variables.imageWidth = kDiscDots;
+  const int32_t offset =
+      variables.isHeron != 0 ? settings.TopMarginOffsetHeron : settings.TopMarginOffset;
+  variables.topDiscOffset = WrappingAdd(offset, kTopMarginDots);
+}
+
+void SetLimits(JobVariables& variables) {
+  variables.clipBufferBytes = kClipBufferBytes;
+  variables.maxImageDots = kMaxImageDots;
+  variables.nPhotoThreshold = kPhotoThreshold;
+  variables.nRunCompValue = static_cast<uint32_t>(settings.RunComp);
+  variables.nRunCompDiv = static_cast<uint32_t>(settings.RunCompDiv);
+  if (variables.nRunCompDiv == 0) LogMessage(kLogDetail, "   RunCompDiv is 0: no ink limit");
+}
+
+// The resolution is first known at page start, so that a job's one setup never finds a draft here.
+void SetDraftUnits(JobVariables& variables) {
+  if (variables.horzResolution != kDraftDpi) {
+    LogMessage(kLogDetail, "NORMAL MODE");
+    return;
+  }
+  LogMessage(kLogDetail, "Draft Mode set Top Offset to 300 dpi units");
+  variables.topDiscOffset =
+      static_cast<int32_t>(static_cast<uint32_t>(variables.topDiscOffset) >> 1);
+  variables.InnerDiam >>= 1;
+  variables.OuterMargin >>= 1;
+}
+
+enum class PassAction { kNothing, kWrite, kRemove };
+
+struct PassRow {
+  uint8_t print_quality;
+  PassAction heron_action;
+  const char* heron_passes;
+  PassAction granite_action;
+  const char* granite_passes;
+};
+
+constexpr PassRow kPassRows[] = {
+    {1, PassAction::kWrite, "1", PassAction::kWrite, "1"},
+    {2, PassAction::kWrite, "2", PassAction::kRemove, nullptr},
+    {3, PassAction::kWrite, "4", PassAction::kNothing, nullptr},
+    {4, PassAction::kWrite, "8", PassAction::kWrite, "8"},
+};
+
+void WritePassCount(const JobVariables& variables) {
+  for (const PassRow& row : kPassRows) {
+    if (row.print_quality != variables.PrintQuality) continue;
+    const bool is_heron = variables.isHeron == 1;
+    const PassAction action = is_heron ? row.heron_action : row.granite_action;
+    const char* const passes = is_heron ? row.heron_passes : row.granite_passes;
+    if (action == PassAction::kWrite) WriteFerroIniFile(kSwathBuilder, kPassesKey, passes);
+    if (action == PassAction::kRemove) RemoveFerroIniKey(kSwathBuilder, kPassesKey);
+  }
+}
+
+void WriteIniFile(JobVariables& variables) {
+  WriteFerroIniFile(kConfiguration, "UseDebugSettings=", "1");
+  WriteFerroIniFile(kConfiguration, "Printer=", "1");
+  WriteFerroIniFile(kConfiguration,
+                    "Color=", variables.ColorMatching == kStandardColors ? "1" : "2");
+  variables.ImageSharpeningValue = settings.ImageSharpeningLevel;
+  WritePassCount(variables);
+}
+
+const char* ChooseColorTable(const JobVariables& variables) {
+  if (variables.ColorMatching == kStandardColors) return variables.colorTableStandard;
+  const bool fine = variables.PrintQuality == 3 || variables.PrintQuality == 4;
+  if (fine && IsHighQualityMedium(variables)) return variables.colorTablePhotoGlossy;
+  return variables.colorTablePhoto;
+}
+
+// The engine takes a colour table's path from a buffer of this size.
+struct ColorTablePath {
+  char text[256];
+};
+
+ColorTablePath CopyColorTablePath(const JobVariables& variables) {
+  ColorTablePath path = {};
+  const char* const chosen = ChooseColorTable(variables);
+  if (chosen == nullptr) return path;
+  if (strlen(chosen) >= sizeof path.text) EndProcessAtLimit("256 bytes in a path", chosen);
+  snprintf(path.text, sizeof path.text, "%s", chosen);
+  return path;
+}
+
+int32_t StartEngineDocument(JobVariables& variables, const ColorTablePath& path) {
+  return hpe::HPEStartDoc(engineHandle, WriteEngineOutput, path.text, &variables);
+}
+
+bool OpenFirstDocument(JobVariables& variables) {
+  const ColorTablePath path = CopyColorTablePath(variables);
+  LogMessage(kLogDetail, "   ### HPEStartDoc Called with color table %s", path.text);
+  const int32_t status = StartEngineDocument(variables, path);
+  if (status != HPE_OK) {
+    LogMessage(kLogDetail, "   ### HPEStartDoc Failed 0x%x", static_cast<uint32_t>(status));
+    return false;
+  }
+  LogMessage(kLogDetail, "   ### HPEStartDoc Passed");
+  return true;
+}
+
+}  // namespace
+
+bool DocumentSetup(ppd_file_t* ppd) {
+  JobVariables& variables = job_variables;
+  LogMessage(kLogMilestone, "SETUP");
+  engineHandle = hpe::CreateHostPrintEngine();
+  LogMessage(kLogMilestone, "   %sEndian", HostByteOrder() == kLittleEndianHost ? "Little" : "Big");
+  if (!InitializeEngine(variables)) return false;
+  ReadDiscChoices(ppd, variables);
+  SetFixedGeometry(variables);
+  SetLimits(variables);
+  SetDraftUnits(variables);
+  ReadPrintChoices(ppd, variables);
+  WriteIniFile(variables);
+  if (!OpenFirstDocument(variables)) return false;
+  LogMessage(kLogMilestone, "SETUP_END");
+  return true;
+}
+
+bool RestartDocument() {
+  fflush(stdout);
+  hpe::HPEEndDoc(engineHandle);
+  fflush(stdout);
+  StartEngineDocument(job_variables, CopyColorTablePath(job_variables));
+  return true;
+}
+
+bool EndDocument() {
+  LogMessage(kLogDetail, "   ### HPEEndDoc");
+  const int32_t status = hpe::HPEEndDoc(engineHandle);
+  if (status != HPE_OK) {
+    LogMessage(kLogDetail, "HPEEndDoc Failed 0x%x", static_cast<uint32_t>(status));
+  }
+  ClipDataBufsDelete(job_variables);
+  hpe::DestroyHostPrintEngine(engineHandle);
+  return true;
+}
+
+}  // namespace zr7700

@@ -1,0 +1,197 @@
+#include "engine/engine_properties.h"
+
+#include <algorithm>
+#include <cinttypes>
+
+#include "driver/log.h"
+#include "engine/engine_codes.h"
+#include "engine/engine_entries.h"
+#include "engine/ini_file.h"
+#include "engine/margins.h"
+#include "engine/wrapping.h"
+
+namespace zr7700 {
+namespace {
+
+// A page narrower than this many inches is beyond the printer.
+constexpr int32_t kNarrowestInches = 2;
+
+constexpr int32_t kPageIntentPhotos = 1;
+constexpr int32_t kDiscTray = 2;
+constexpr uint32_t kRasterFormatRgbm = 4;
+constexpr int32_t kHighestSharpening = 12;
+
+struct AlignmentItem {
+  uint32_t item;
+  uint32_t value;
+};
+
+// Logs the outcome of one property call: with the engine's status when it failed, else with the
+// value sent. True on success.
+bool ReportNumber(const char* property, int32_t status, int32_t value) {
+  if (status == HPE_OK) {
+    LogMessage(kLogDetail, "      %s = (%" PRId32 ")", property, value);
+  } else {
+    LogMessage(kLogDetail, "      %s FAILED - (%" PRId32 ")", property, status);
+  }
+  return status == HPE_OK;
+}
+
+bool ReportNumber(const char* property, int32_t status, uint32_t value) {
+  return ReportNumber(property, status, static_cast<int32_t>(value));
+}
+
+void WritePrintDirection(const char* slot, const char* key, const char* value) {
+  if (!WriteFerroIniFile("[ESwathBuilder]", key, value)) {
+    LogMessage(kLogDetail, "     %s set print direction FAILED", slot);
+  }
+}
+
+void SetPrintDirection(const JobVariables& variables) {
+  const bool both_ways = variables.bidirectional == 1;
+  LogMessage(kLogDetail, "     Setting print direction to %s", both_ways ? "BIDI" : "UNI");
+  WritePrintDirection("Slot1", "Slot1PrintDirection=", both_ways ? "0" : "2");
+  WritePrintDirection("Slot2", "Slot2PrintDirection=", both_ways ? "0" : "1");
+}
+
+bool SetResolution(const JobVariables& variables) {
+  const uint32_t horizontal = variables.horzResolution;
+  const uint32_t vertical = variables.vertResolution;
+  bool ok = ReportNumber("SetHorzInputResolution",
+                         hpe::SetInputResolution(engineHandle, 0, horizontal), horizontal);
+  ok &= ReportNumber("SetVertInputResolution", hpe::SetInputResolution(engineHandle, 1, vertical),
+                     vertical);
+  return ok;
+}
+
+bool IsNarrow(const JobVariables& variables) {
+  return WrappingDivide(static_cast<int32_t>(variables.pageWidth),
+                        static_cast<int32_t>(variables.horzResolution)) < kNarrowestInches;
+}
+
+int32_t NarrowestDots(const JobVariables& variables) {
+  return WrappingMultiply(kNarrowestInches, static_cast<int32_t>(variables.horzResolution));
+}
+
+bool SetLeftMargin(const JobVariables& variables) {
+  int32_t margin = std::max(ripGetMarginWidth(variables), 0);
+  if (IsNarrow(variables)) {
+    LogMessage(kLogDetail, "      Left Margin = (%" PRId32 ")", margin);
+    const int32_t missing_dots =
+        WrappingSubtract(NarrowestDots(variables), static_cast<int32_t>(variables.pageWidth));
+    margin = WrappingSubtract(margin, missing_dots);
+    LogMessage(kLogDetail,
+               "      Changing LeftMargin to (%" PRId32 ") because of printer limitation", margin);
+  }
+  return ReportNumber("SetLeftMargin", hpe::SetLeftMargin(engineHandle, margin), margin);
+}
+
+bool SetTopMargin(const JobVariables& variables) {
+  const int32_t margin = std::max(variables.topDiscOffset, 0);
+  return ReportNumber("SetTopMargin", hpe::SetTopMargin(engineHandle, margin), margin);
+}
+
+bool SetPhysicalWidth(const JobVariables& variables) {
+  // 8.5 inches; 5100 dots at 600 dpi.
+  const auto width = static_cast<int32_t>(variables.horzResolution * 5100U / 600U);
+  return ReportNumber("SetPhysicalWidth", hpe::SetPhysicalWidth(engineHandle, width), width);
+}
+
+bool SetPrintableWidth(const JobVariables& variables) {
+  auto width = static_cast<int32_t>(variables.pageWidth);
+  if (IsNarrow(variables)) {
+    LogMessage(kLogDetail, "      Print Width = (%" PRId32 ")", width);
+    width = NarrowestDots(variables);
+    LogMessage(kLogDetail, "      Changing Width to (%" PRId32 ") because of printer limitation",
+               width);
+  }
+  return ReportNumber("SetPrintableWidth", hpe::SetPrintableWidth(engineHandle, width), width);
+}
+
+bool SetPrintableHeight(const JobVariables& variables) {
+  const auto height = static_cast<int32_t>(variables.pageHeight);
+  return ReportNumber("SetPrintableHeight", hpe::SetPrintableHeight(engineHandle, height), height);
+}
+
+// Logs a failure as a 32-bit pattern behind `failure`, which ends before the number.
+bool ReportPattern(const char* failure, int32_t status) {
+  if (status != HPE_OK) {
+    LogMessage(kLogDetail, "%s FAILED - (0x%" PRIX32 ")", failure, static_cast<uint32_t>(status));
+  }
+  return status == HPE_OK;
+}
+
+// Slot 0 holds the colour cartridge, slot 1 would hold a black one. The two failure lines are
+// indented differently.
+bool SetCartridges() {
+  const int32_t color_status = hpe::SetInstalledCartridge(engineHandle, 0, 4, 1);
+  LogMessage(kLogDetail, "      CMY Cartridge Installed");
+  bool ok = ReportPattern("   SetInstalledCartridge", color_status);
+  const int32_t black_status = hpe::SetInstalledCartridge(engineHandle, 1, 3, 0);
+  LogMessage(kLogDetail, "      K Cartridge Not Installed");
+  ok &= ReportPattern("     SetInstalledCartridge", black_status);
+  return ok;
+}
+
+bool SetQualityAndMedia(const JobVariables& variables) {
+  const bool is_heron = variables.isHeron == 1;
+  const EngineCode quality = QualityCode(is_heron, variables.PrintQuality);
+  LogMessage(kLogDetail, "     Resolution %s", quality.log_text);
+  const EngineCode media = MediaCode(is_heron, variables.DiscSurfaceQuality);
+  LogMessage(kLogDetail, "     Media %s", media.log_text);
+  bool ok = ReportNumber("SetMediaType", hpe::SetMediaType(engineHandle, media.code), media.code);
+  ok &= ReportNumber("SetOutputPrintQuality",
+                     hpe::SetOutputPrintQuality(engineHandle, quality.code), quality.code);
+  return ok;
+}
+
+bool SetPageIntent() {
+  LogMessage(kLogDetail, "      Setting PageIntent to PI_Photos");
+  return ReportPattern("      SetPageIntent", hpe::SetPageIntent(engineHandle, kPageIntentPhotos));
+}
+
+bool SetSharpening(const JobVariables& variables) {
+  int32_t level = variables.ImageSharpeningValue;
+  if (level < 1 || level > kHighestSharpening) level = kHighestSharpening;
+  const int32_t status = hpe::SetImageSharpeningLevel(engineHandle, level);
+  if (status != HPE_OK) return ReportPattern("      SetImageSharpeningLevel", status);
+  return ReportNumber("SetImageSharpeningLevel", status, level);
+}
+
+void SetAlignment(const JobVariables& variables) {
+  const AlignmentItem items[] = {{0, 112},
+                                 {1, 112},
+                                 {2, 112},
+                                 {3, 112},
+                                 {6, variables.alignmentValue6},
+                                 {14, variables.alignmentValue14},
+                                 {7, 40},
+                                 {9, 40}};
+  for (const AlignmentItem& entry : items) {
+    hpe::SetAlignmentInformation(engineHandle, entry.item, entry.value);
+  }
+}
+
+}  // namespace
+
+bool SetHPEProperties(const JobVariables& variables) {
+  LogMessage(kLogMilestone, "   SetHPEProperties: Printing with the following FERRO settings");
+  SetPrintDirection(variables);
+  bool ok = SetResolution(variables);
+  ok &= SetLeftMargin(variables);
+  ok &= SetTopMargin(variables);
+  ok &= SetPhysicalWidth(variables);
+  ok &= SetPrintableWidth(variables);
+  ok &= SetPrintableHeight(variables);
+  ok &= SetCartridges();
+  ok &= SetQualityAndMedia(variables);
+  ok &= ReportNumber("SetPaperTray", hpe::SetPaperTray(engineHandle, kDiscTray), kDiscTray);
+  ok &= SetPageIntent();
+  ok &= SetSharpening(variables);
+  ok &= ReportNumber("SetHPERasterFormat", hpe::SetHPERasterFormat(engineHandle, kRasterFormatRgbm),
+                     kRasterFormatRgbm);
+  SetAlignment(variables);
+  return ok;
+}
+
+}  // namespace zr7700

@@ -1,0 +1,97 @@
+#include "engine/line_conversion.h"
+
+#include <algorithm>
+#include <cstring>
+#include <optional>
+
+#include "engine/byte_order.h"
+#include "engine/clip_range.h"
+#include "engine/ink.h"
+
+namespace zr7700 {
+namespace {
+
+constexpr int kPixelBytes = 4;
+constexpr int kPadByte = 3;
+// The same bytes in either byte order.
+constexpr uint32_t kWhite = SwapBytes32(0xFFFFFFFFU);
+
+bool IsInBand(const JobVariables& variables, uint16_t y) {
+  return variables.topOutputImage < y && y < variables.bottomOutputImage;
+}
+
+bool IsClipped(const ClipRange& range, int n) {
+  return n > range.outer_high || n < range.outer_low ||
+         (n < range.inner_high && n > range.inner_low);
+}
+
+// Pixel indices from the line's start, `end` not included; empty when end <= begin.
+struct Span {
+  int begin;
+  int end;
+};
+
+uint8_t* PixelAt(uint8_t* line, int index) { return line + ptrdiff_t{index} * kPixelBytes; }
+
+void Whiten(uint8_t* line, Span span) {
+  constexpr uint8_t kClipped[kPixelBytes] = {0xFF, 0xFF, 0xFF, 0};
+  for (int i = span.begin; i < span.end; ++i) memcpy(PixelAt(line, i), kClipped, kPixelBytes);
+}
+
+void Convert(const InkTables& tables, uint8_t* line, Span span) {
+  if (span.begin >= span.end) return;
+  tables.Apply(PixelAt(line, span.begin), static_cast<uint32_t>(span.end - span.begin));
+}
+
+// The tables of the job's ink rules, built anew only when the rules change.
+const InkTables& TablesFor(const InkRules& rules) {
+  static std::optional<InkTables> tables;
+  if (!tables || tables->rules() != rules) tables.emplace(rules);
+  return *tables;
+}
+
+// The clipped pixels as spans: a pixel counted n stands at index width - n.
+void ConvertClipped(const InkTables& tables, const ClipRange& range, uint8_t* line, int width) {
+  const int disc_begin = std::clamp(width - range.outer_high, 0, width);
+  const int disc_end = std::clamp(width - range.outer_low + 1, disc_begin, width);
+  const int hole_begin = std::clamp(width - range.inner_high + 1, disc_begin, disc_end);
+  const int hole_end = std::clamp(width - range.inner_low, hole_begin, disc_end);
+  Whiten(line, {0, disc_begin});
+  Convert(tables, line, {disc_begin, hole_begin});
+  Whiten(line, {hole_begin, hole_end});
+  Convert(tables, line, {hole_end, disc_end});
+  Whiten(line, {disc_end, width});
+}
+
+}  // namespace
+
+bool ConvertLine(const JobVariables& variables, uint8_t* line, uint16_t width_pixels, uint16_t y) {
+  if (!IsInBand(variables, y)) return false;
+  const InkTables& tables = TablesFor(InkRulesOf(variables));
+  ClipRange range;
+  if (GetClipRange(variables, y, width_pixels, range)) {
+    ConvertClipped(tables, range, line, width_pixels);
+  } else {
+    Convert(tables, line, {0, width_pixels});
+  }
+  return true;
+}
+
+bool ConvertLinePlainly(const JobVariables& variables, uint8_t* line, uint16_t width_pixels,
+                        uint16_t y) {
+  if (!IsInBand(variables, y)) return false;
+  const InkRules rules = InkRulesOf(variables);
+  ClipRange range;
+  const bool clipping = GetClipRange(variables, y, width_pixels, range);
+  for (int n = width_pixels; n > 0; --n, line += kPixelBytes) {
+    if (clipping && IsClipped(range, n)) {
+      memcpy(line, &kWhite, kPixelBytes);
+    } else if (!rules.ChangesNothing()) {
+      ApplyInkRules(rules, line);
+    }
+    line[kPadByte] = 0;
+  }
+  return true;
+}
+
+}  // namespace zr7700

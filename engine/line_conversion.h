@@ -1,0 +1,28 @@
+// The conversion of one raster line: what lies off the disc becomes white, the rest keeps the job's
+// ink rules.
+//
+// A line is an array of pixels of 4 bytes, in memory order red, green, blue, pad. Clipped pixels
+// become FF FF FF; every pad byte becomes 0.
+#ifndef ZR7700_ENGINE_LINE_CONVERSION_H_
+#define ZR7700_ENGINE_LINE_CONVERSION_H_
+
+#include <cstdint>
+
+#include "engine/job_variables.h"
+
+namespace zr7700 {
+
+// Converts the line in place: line `y` of the page, `width_pixels` pixels. False, with the line
+// untouched, when it lies outside the printable band: lines strictly between the job variables'
+// topOutputImage and bottomOutputImage are inside. Main thread (the job's ink tables are kept from
+// line to line).
+bool ConvertLine(const JobVariables& variables, uint8_t* line, uint16_t width_pixels, uint16_t y);
+
+// The same, pixel by pixel and without tables: the plain form that ConvertLine equals bit for bit.
+// Any thread.
+bool ConvertLinePlainly(const JobVariables& variables, uint8_t* line, uint16_t width_pixels,
+                        uint16_t y);
+
+}  // namespace zr7700
+
+#endif  // ZR7700_ENGINE_LINE_CONVERSION_H_

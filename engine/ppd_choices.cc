@@ -1,0 +1,82 @@
+#include "engine/ppd_choices.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <span>
+
+#include "driver/log.h"
+#include "engine/wrapping.h"
+
+namespace zr7700 {
+namespace {
+
+struct KeywordRow {
+  const char* keyword;
+  uint8_t value;
+};
+
+constexpr KeywordRow kMediaTypes[] = {{"HighGloss", 1},
+                                      {"HighGloss2", 2},
+                                      {"WhitePolyester", 3},
+                                      {"SemiGloss", 4},
+                                      {"WhiteMatteBOPP", 5}};
+constexpr KeywordRow kPrintQualities[] = {{"Quality1", 1}, {"Quality2", 2}, {"Quality3", 3}};
+constexpr KeywordRow kColorMatchings[] = {{"BestForPhotos", 2}};
+constexpr KeywordRow kBidirections[] = {{"Yes", 1}};
+
+constexpr uint8_t kOtherMediaType = 5;
+constexpr uint8_t kOtherPrintQuality = 4;
+constexpr uint8_t kOtherColorMatching = 1;
+constexpr uint8_t kOneDirection = 0;
+constexpr uint8_t kBothDirections = 1;
+
+// The option's marked keyword, logged, or null. Owned by the PPD.
+const char* MarkedKeyword(ppd_file_t* ppd, const char* option) {
+  const ppd_choice_t* const choice = ppdFindMarkedChoice(ppd, option);
+  if (choice == nullptr) return nullptr;
+  LogMessage(kLogMilestone, "   %sChoice : %s", option, choice->choice);
+  return choice->choice;
+}
+
+// The number that a keyword begins with, in 32 bits; 0 when it begins with none.
+int32_t NumberOf(const char* keyword) { return static_cast<int32_t>(strtol(keyword, nullptr, 10)); }
+
+// Tenths of a millimetre as dots at 600 dpi, cut toward zero.
+int32_t DotsOf(int32_t tenths_mm) { return WrappingMultiply(tenths_mm, 600) / 254; }
+
+uint8_t ValueOf(std::span<const KeywordRow> rows, const char* keyword, uint8_t other) {
+  for (const KeywordRow& row : rows) {
+    if (strcmp(row.keyword, keyword) == 0) return row.value;
+  }
+  return other;
+}
+
+void ReadKeyword(ppd_file_t* ppd, const char* option, std::span<const KeywordRow> rows,
+                 uint8_t other, uint8_t& field) {
+  const char* const keyword = MarkedKeyword(ppd, option);
+  if (keyword != nullptr) field = ValueOf(rows, keyword, other);
+}
+
+}  // namespace
+
+void ReadDiscChoices(ppd_file_t* ppd, JobVariables& variables) {
+  if (const char* const keyword = MarkedKeyword(ppd, "InnerDiameter")) {
+    variables.InnerDiam = static_cast<uint32_t>(NumberOf(keyword));
+  }
+  if (const char* const keyword = MarkedKeyword(ppd, "Saturation")) {
+    variables.InkSaturation = static_cast<uint8_t>(NumberOf(keyword));
+  }
+  if (const char* const keyword = MarkedKeyword(ppd, "OuterMargin")) {
+    variables.OuterMargin = static_cast<uint32_t>(DotsOf(NumberOf(keyword)));
+  }
+}
+
+void ReadPrintChoices(ppd_file_t* ppd, JobVariables& variables) {
+  ReadKeyword(ppd, "MediaType", kMediaTypes, kOtherMediaType, variables.DiscSurfaceQuality);
+  ReadKeyword(ppd, "PrintQuality", kPrintQualities, kOtherPrintQuality, variables.PrintQuality);
+  ReadKeyword(ppd, "ColorMatching", kColorMatchings, kOtherColorMatching, variables.ColorMatching);
+  variables.bidirectional = kBothDirections;
+  ReadKeyword(ppd, "Bidi", kBidirections, kOneDirection, variables.bidirectional);
+}
+
+}  // namespace zr7700

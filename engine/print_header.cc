@@ -1,0 +1,36 @@
+#include "engine/print_header.h"
+
+#include <numeric>
+
+#include "engine/byte_order.h"
+
+namespace zr7700 {
+namespace {
+
+constexpr size_t kDestination = 5;
+constexpr size_t kInkWarning = 6;
+constexpr size_t kChecksum = 15;
+constexpr uint8_t kReadyDestination = 1;
+constexpr PrintHeader kTemplate = {0x1B, 0x0B, 0x0E, 0x01, 0x01, 0, 0, 0,
+                                   0,    0,    0,    0,    0,    0, 0, 0x37};
+
+}  // namespace
+
+uint32_t InkWarningValue(const JobVariables& variables) {
+  if (variables.SkipLowInkFWCheck != 0) return variables.inkLimitHigh;
+  return variables.inkLimitLow - (variables.inkLimitLow >> 3);
+}
+
+PrintHeader BuildPrintHeader(const JobVariables& variables, uint32_t ink_warning) {
+  PrintHeader header = kTemplate;
+  header[kDestination] = variables.statusLetterReady != 0
+                             ? kReadyDestination
+                             : static_cast<uint8_t>(variables.OutputDest);
+  StoreBigEndian32(ink_warning, &header[kInkWarning]);
+  header[kChecksum] =
+      std::accumulate(header.begin(), header.begin() + kChecksum, uint8_t{0},
+                      [](uint8_t sum, uint8_t byte) { return static_cast<uint8_t>(sum + byte); });
+  return header;
+}
+
+}  // namespace zr7700

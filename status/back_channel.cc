@@ -1,0 +1,37 @@
+#include "status/back_channel.h"
+
+#include <cups/sidechannel.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace zr7700 {
+namespace {
+
+constexpr int kBackChannel = 3;
+
+// Written by PrepareBackChannel, constant afterwards.
+bool is_open = false;
+
+bool IsOpen(int descriptor) { return fcntl(descriptor, F_GETFD) != -1; }
+
+}  // namespace
+
+void PrepareBackChannel() {
+  is_open = IsOpen(kBackChannel);
+  for (int descriptor = 0; descriptor <= kBackChannel; ++descriptor) {
+    // The lowest free number is this one.
+    if (!IsOpen(descriptor)) (void)open("/dev/null", O_RDWR);
+  }
+  // The library's read would spin on a closed channel and ignore its time-out on a blocking one.
+  if (is_open) fcntl(kBackChannel, F_SETFL, fcntl(kBackChannel, F_GETFL) | O_NONBLOCK);
+}
+
+ssize_t ReadBackChannel(std::span<uint8_t> buffer, double timeout_s) {
+  if (!is_open) {
+    usleep(static_cast<useconds_t>(timeout_s * 1e6));
+    return -1;
+  }
+  return cupsBackChannelRead(reinterpret_cast<char*>(buffer.data()), buffer.size(), timeout_s);
+}
+
+}  // namespace zr7700

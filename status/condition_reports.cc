@@ -1,0 +1,70 @@
+#include "status/condition_reports.h"
+
+#include <cstdio>
+
+#include "driver/log.h"
+#include "status/user_texts.h"
+
+namespace zr7700 {
+namespace {
+
+constexpr char kInkEmptyReason[] = "marker-supply-empty\n";
+constexpr char kInkLowReason[] = "marker-supply-low\n";
+constexpr char kPaperOutReason[] = "media-needed\n";
+
+// How one condition is shown; the texts are whole standard-error lines.
+struct ConditionTexts {
+  const char* reason;  // null: none
+  const char* turned_on;
+  const char* turned_off;
+  const char* log_name;
+};
+
+constexpr ConditionTexts kInkEmpty = {kInkEmptyReason, ZR7700_UNRECOVERABLE ZR7700_TEXT_INK_EMPTY,
+                                      ZR7700_RECOVERED ZR7700_TEXT_INK_EMPTY, "ink empty"};
+constexpr ConditionTexts kInkLow = {
+    kInkLowReason, ZR7700_RECOVERABLE ZR7700_TEXT_INK_LOW,
+    ZR7700_RECOVERED ZR7700_TEXT_CONTINUING ZR7700_RECOVERED ZR7700_TEXT_INK_LOW, "ink low"};
+constexpr ConditionTexts kPaperOut = {
+    kPaperOutReason, ZR7700_RECOVERABLE ZR7700_TEXT_BIN_EMPTY,
+    ZR7700_RECOVERED ZR7700_TEXT_CONTINUING ZR7700_RECOVERED ZR7700_TEXT_BIN_EMPTY, "paper out"};
+constexpr ConditionTexts kAlignment = {
+    nullptr, ZR7700_RECOVERABLE ZR7700_TEXT_ALIGN,
+    ZR7700_RECOVERED ZR7700_TEXT_CONTINUING ZR7700_RECOVERED ZR7700_TEXT_ALIGN, "alignment needed"};
+
+// What CUPS has been told.
+bool InkEmptyReported = false;
+bool InkLowReported = false;
+bool PaperOutReported = false;
+bool AlignmentNeededReported = false;
+
+void Report(const ConditionTexts& texts, bool holds, bool& reported) {
+  if (holds == reported) return;
+  reported = holds;
+  if (texts.reason != nullptr) fprintf(stderr, "STATE: %c%s", holds ? '+' : '-', texts.reason);
+  fputs(holds ? texts.turned_on : texts.turned_off, stderr);
+  LogMessage(kLogDetail, "%s %s", holds ? "Setting" : "Clearing", texts.log_name);
+}
+
+}  // namespace
+
+void ClearPrinterStates() {
+  for (const char* reason : {kInkEmptyReason, kInkLowReason, kPaperOutReason}) {
+    fprintf(stderr, "STATE: -%s", reason);
+  }
+}
+
+void ReportPrinterConditions(bool ink_low, bool ink_empty, bool paper_out, bool alignment_needed) {
+  Report(kInkEmpty, ink_empty, InkEmptyReported);
+  Report(kInkLow, ink_low, InkLowReported);
+  Report(kPaperOut, paper_out, PaperOutReported);
+  Report(kAlignment, alignment_needed, AlignmentNeededReported);
+  fflush(stderr);
+}
+
+void ReportPrinterConditions(const PrinterConditions& conditions) {
+  ReportPrinterConditions(conditions.ink_low, conditions.ink_empty, conditions.paper_out,
+                          conditions.alignment_needed);
+}
+
+}  // namespace zr7700

@@ -1,0 +1,85 @@
+#include "status/status_memory.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "driver/paths.h"
+
+namespace zr7700 {
+namespace {
+
+// Written by the main thread while no status thread runs.
+struct StatusMemory {
+  int descriptor = -1;
+  void* mapping = nullptr;
+  size_t size_bytes = 0;
+};
+StatusMemory memory;
+
+bool IsOurs(int descriptor) {
+  struct stat info;
+  return fstat(descriptor, &info) == 0 && (info.st_uid == geteuid() || info.st_uid == 0);
+}
+
+// Gives the object its size, backed by memory where the system can promise that, so that touching
+// it cannot fail later.
+bool Reserve(int descriptor, size_t size_bytes) {
+  [[maybe_unused]] const int resized = ftruncate(descriptor, static_cast<off_t>(size_bytes));
+#ifndef __APPLE__
+  if (posix_fallocate(descriptor, 0, static_cast<off_t>(size_bytes)) != 0) return false;
+#endif
+  struct stat info;
+  return fstat(descriptor, &info) == 0 && info.st_size >= static_cast<off_t>(size_bytes);
+}
+
+// CUPS runs filters with a umask that would hide the object from everybody else.
+void MakeReadable(int descriptor) {
+  struct stat info;
+  if (fstat(descriptor, &info) == 0) {
+    fchmod(descriptor, (info.st_mode & 0777) | S_IRGRP | S_IROTH);
+  }
+}
+
+void* Map(int descriptor, size_t size_bytes) {
+  void* const mapping =
+      mmap(nullptr, size_bytes, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
+  return mapping == MAP_FAILED ? nullptr : mapping;
+}
+
+}  // namespace
+
+bool CreateStatusMemory(size_t size_bytes) {
+  memory.size_bytes = std::min(size_bytes, kStatusRecordBytes);
+  memory.descriptor = shm_open(paths::kStatusMemory, O_RDWR | O_CREAT, 0666);
+  if (memory.descriptor < 0 || !IsOurs(memory.descriptor)) return false;
+  MakeReadable(memory.descriptor);
+  if (Reserve(memory.descriptor, memory.size_bytes)) {
+    memory.mapping = Map(memory.descriptor, memory.size_bytes);
+  }
+  if (memory.mapping == nullptr) return false;
+  memset(memory.mapping, 0, memory.size_bytes);
+  return true;
+}
+
+void PublishStatus(const PrinterStatusRecord& record) {
+  if (memory.mapping != nullptr) memcpy(memory.mapping, record.data(), memory.size_bytes);
+}
+
+void ReadPublishedStatus(PrinterStatusRecord& record) {
+  if (memory.mapping != nullptr) memcpy(record.data(), memory.mapping, memory.size_bytes);
+}
+
+void CloseStatusMemory() {
+  if (memory.descriptor < 0) return;
+  close(memory.descriptor);
+  if (memory.mapping != nullptr) munmap(memory.mapping, memory.size_bytes);
+  memory = StatusMemory{};
+  shm_unlink(paths::kStatusMemory);
+}
+
+}  // namespace zr7700

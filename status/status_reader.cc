@@ -1,0 +1,99 @@
+#include "status/status_reader.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "driver/log.h"
+#include "platform/platform.h"
+#include "status/back_channel.h"
+#include "status/status_memory.h"
+
+namespace zr7700 {
+namespace {
+
+constexpr double kRecordsPerSecond = 4.0 * 4.0;
+constexpr int kMostDrained = 50;
+constexpr double kDrainWait_s = 0.3;
+constexpr double kLimit_s = 3.0;
+constexpr useconds_t kRetryPause_us = 100'000;
+
+// Seconds on the platform's clock of the last valid record or of the last drain; 0 before either.
+double LastStatusTime = 0.0;
+
+void Drain(int count, bool& result) {
+  PrinterStatusRecord scratch;
+  for (int i = 0; i < count && result; ++i) {
+    result = ReadBackChannel(scratch, kDrainWait_s) == ssize_t{kStatusRecordBytes};
+  }
+}
+
+int StaleRecords() {
+  const double elapsed_s = std::min(platform::Now() - LastStatusTime, 1e6);
+  const int count = static_cast<int>(elapsed_s * kRecordsPerSecond);
+  if (count > kMostDrained) {
+    LogMessage(kLogMilestone, "!! ClearBackChannelBuffer times to read was %i.  SET TO 50", count);
+    return kMostDrained;
+  }
+  LogMessage(kLogChannel, "ClearBackChannelBuffer times to read: %i", count);
+  return count;
+}
+
+// Throws away what stands before the next record in the stream, so that the next read meets it.
+void Realign(const PrinterStatusRecord& buffer, ssize_t count) {
+  const std::optional<size_t> start = FindRecordStart(buffer, count);
+  if (!start) return;
+  LogMessage(kLogDetail, "Realigning Buffer: %i", static_cast<int>(*start));
+  PrinterStatusRecord scratch;
+  ReadBackChannel(std::span(scratch).first(*start), kDrainWait_s);
+}
+
+}  // namespace
+
+bool ClearBackChannelBuffer() {
+  LogMessage(kLogMilestone, "ClearBackChannelBuffer called");
+  bool result = true;
+  if (LastStatusTime != 0.0) {
+    Drain(StaleRecords(), result);
+    LastStatusTime = platform::Now();
+  }
+  LogMessage(kLogChannel, "ClearBackChannelBuffer returning %d", result ? 1 : 0);
+  return result;
+}
+
+bool ReadPrinterStatus(PrinterStatusRecord& record) {
+  ClearBackChannelBuffer();
+  // Whole seconds: the limit lies between 2 and 3 seconds of real time.
+  const double start_s = std::floor(platform::Now());
+  PrinterStatusRecord buffer = {};
+  for (;;) {
+    const ssize_t count = ReadBackChannel(buffer, 0.0);
+    LogMessage(kLogDetail, "     Read %i bytes cartridgeID: 0x%x", static_cast<int>(count),
+               static_cast<uint8_t>(CartridgeLetter(buffer)));
+    if (count == ssize_t{kStatusRecordBytes} && IsWellFormed(buffer)) {
+      LastStatusTime = platform::Now();
+      record = buffer;
+      return true;
+    }
+    Realign(buffer, count);
+    if (platform::Now() - start_s > kLimit_s) {
+      LogMessage(kLogDetail, "     ## TIMED OUT TRYING TO GET STATUS FOR 3s ##");
+      return false;
+    }
+    usleep(kRetryPause_us);
+  }
+}
+
+bool GetPrinterStatus(PrinterStatusRecord& record) {
+  LogMessage(kLogDetail, "Getting Status");
+  if (!ReadPrinterStatus(record)) {
+    LogMessage(kLogDetail, "FAILED TO GET STATUS");
+    return false;
+  }
+  LogMessage(kLogDetail, "Got Status");
+  PublishStatus(record);
+  return true;
+}
+
+}  // namespace zr7700

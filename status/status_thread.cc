@@ -1,0 +1,79 @@
+#include "status/status_thread.h"
+
+#include <pthread.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdint>
+
+#include "driver/log.h"
+#include "status/cancel_signal.h"
+#include "status/condition_reports.h"
+#include "status/printer_conditions.h"
+#include "status/utility_notices.h"
+
+namespace zr7700 {
+namespace {
+
+constexpr useconds_t kTick_us = 100'000;
+constexpr unsigned kTicksPerRead = 8;
+
+// Shared with the thread: the main thread sets it, the thread reads it.
+std::atomic<bool> StatusThreadStop = false;
+
+// Written by the main thread while no status thread runs, by the thread while it does.
+bool SuppressUtilityNotice = false;
+uint32_t LastErrorWord = 0;
+
+// Main thread only.
+pthread_t thread;
+bool thread_exists = false;
+
+void CheckPrinter() {
+  const PrinterConditions conditions = ReadConditions();
+  const uint32_t word = conditions.error_word;
+  if (conditions.any && !SuppressUtilityNotice && word != LastErrorWord) NotifyPrinterError(false);
+  ReportPrinterConditions(conditions);
+  LastErrorWord = word;
+  LogMessage(kLogDetail, "Error check %X ", word);
+}
+
+void* ReadStatusThread(void*) {
+  LogMessage(kLogDetail, "Start ReadStatusThread");
+  for (unsigned tick = 0; !StatusThreadStop.load(); ++tick) {
+    if (tick % kTicksPerRead == 0) CheckPrinter();
+    usleep(kTick_us);
+  }
+  LogMessage(kLogDetail, "Exit ReadStatusThread");
+  return nullptr;
+}
+
+}  // namespace
+
+bool StartStatusThread(bool suppress_utility) {
+  SuppressUtilityNotice = suppress_utility;
+  StatusThreadStop = false;
+  LastErrorWord = 0;
+  const CancelBlock block;
+  thread_exists = pthread_create(&thread, nullptr, ReadStatusThread, nullptr) == 0;
+  return thread_exists;
+}
+
+void StopStatusThread() {
+  if (!thread_exists) return;
+  StatusThreadStop = true;
+  pthread_join(thread, nullptr);
+  thread_exists = false;
+}
+
+void ReportStatusUntilClear(int reads) {
+  for (int i = 0; i < reads; ++i) {
+    const PrinterConditions conditions = ReadConditions();
+    ReportPrinterConditions(conditions);
+    if (!conditions.any) return;
+    LastErrorWord = conditions.error_word;
+    sleep(1);
+  }
+}
+
+}  // namespace zr7700
