@@ -1,0 +1,15 @@
+// The platform's clock under a test's control: test_clock.cc takes its place in a test program.
+#ifndef ZR7700_STATUS_TEST_CLOCK_H_
+#define ZR7700_STATUS_TEST_CLOCK_H_
+
+namespace zr7700::test {
+
+// Lets the clock tell `seconds` now; it runs on from there. Any thread.
+void SetClock(double seconds);
+
+// Lets the clock jump ahead. Any thread.
+void AdvanceClock(double seconds);
+
+}  // namespace zr7700::test
+
+#endif  // ZR7700_STATUS_TEST_CLOCK_H_

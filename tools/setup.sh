@@ -1,0 +1,55 @@
+# Sourced by ./test and ./demo: the Debian packages that they need, installed when missing, and a
+# root folder that sandboxes can be made from. Expects to be sourced from the repository's top.
+
+build_packages=(g++ cmake ninja-build pkg-config gettext
+  libcups2-dev libcupsimage2-dev libplist-dev)
+companion_packages=(liblcms2-dev libpng-dev cups-ppdc cups-filters ghostscript poppler-utils
+  python3)
+test_packages=(libgtest-dev libgmock-dev bubblewrap python3-pytest python3-numpy python3-pil
+  gobjc++ libgnustep-base-dev cups cups-client cups-ipp-utils man-db)
+
+as_root() {
+  if [ "$(id -u)" = 0 ]; then "$@"; else sudo "$@"; fi
+}
+
+is_installed() {
+  [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
+}
+
+# need_packages NAME...: installs those that are missing. Services that come with them are not
+# started: nothing of the machine but its packages is to change.
+need_packages() {
+  local missing=() package
+  for package in "$@"; do is_installed "$package" || missing+=("$package"); done
+  [ ${#missing[@]} = 0 ] && return
+  if ! command -v apt-get >/dev/null; then
+    echo "Please install these packages, or what your system calls them: ${missing[*]}" >&2
+    return 1
+  fi
+  echo "Installing ${#missing[@]} Debian packages: ${missing[*]}"
+  local log=/tmp/zr7700-packages.$$
+  if ! { as_root apt-get update &&
+    as_root env DEBIAN_FRONTEND=noninteractive RUNLEVEL=1 \
+      apt-get install -y --no-install-recommends "${missing[@]}"; } >"$log" 2>&1; then
+    tail -n 20 "$log" >&2
+    echo "The packages could not be installed (the whole output is in $log)." >&2
+    return 1
+  fi
+  rm -f "$log"
+}
+
+# A sandbox can only be made where "/" is a mount of its own, which it is not in a plain chroot:
+# starts the script again with "/" mounted on itself there.
+need_sandbox_root() {
+  bwrap --dev-bind / / true 2>/dev/null && return
+  if [ "${ZR7700_REMOUNTED:-}" != 1 ] && [ "$(id -u)" = 0 ]; then
+    local top
+    top=$(mktemp -d) || return 1
+    ZR7700_REMOUNTED=1 exec unshare -m --propagation unchanged sh -c '
+      top=$1; folder=$2; shift 2
+      mount --rbind / "$top" && exec chroot "$top" sh -c "cd \"\$0\" && exec \"\$@\"" "$folder" "$@"
+    ' sh "$top" "$PWD" "$@"
+  fi
+  echo "The whole-job tests run in mount namespaces (bubblewrap), which this machine forbids." >&2
+  return 1
+}
