@@ -30,7 +30,8 @@ ssize_t ReadInput(void* context, unsigned char* buffer, size_t length) {
 bool OpenRaster(const char* path, cups_raster_t*& raster) {
   int descriptor = STDIN_FILENO;
   if (path != nullptr) {
-    descriptor = open(path, O_RDONLY | O_CLOEXEC);
+    // A FIFO without a writer is waited for where a cancel can end the wait.
+    descriptor = open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     if (descriptor < 0) {
       LogMessage(kLogDetail, "Unable to open raster file - %s", strerror(errno));
       return false;

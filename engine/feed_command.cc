@@ -2,8 +2,8 @@
 
 #include <cstring>
 
+#include "driver/bytes.h"
 #include "driver/log.h"
-#include "engine/byte_order.h"
 
 namespace zr7700 {
 namespace {

@@ -1,8 +1,6 @@
 #include "engine/print_header.h"
 
-#include <numeric>
-
-#include "engine/byte_order.h"
+#include "driver/bytes.h"
 
 namespace zr7700 {
 namespace {
@@ -27,9 +25,7 @@ PrintHeader BuildPrintHeader(const JobVariables& variables, uint32_t ink_warning
                              ? kReadyDestination
                              : static_cast<uint8_t>(variables.OutputDest);
   StoreBigEndian32(ink_warning, &header[kInkWarning]);
-  header[kChecksum] =
-      std::accumulate(header.begin(), header.begin() + kChecksum, uint8_t{0},
-                      [](uint8_t sum, uint8_t byte) { return static_cast<uint8_t>(sum + byte); });
+  header[kChecksum] = SumOfBytes(std::span(header).first(kChecksum));
   return header;
 }
 

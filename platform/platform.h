@@ -24,8 +24,9 @@ enum class Lookup {
 //
 // Integers keep their low 32 bits; reals are cut toward zero and held to the 32-bit range. A
 // boolean is no number, and neither is a real that is not a number. The file is read anew at every
-// call. It must be a regular file: anything else, a FIFO say, counts as kNoList and never blocks.
-// Main thread.
+// call. It must be a regular file of at most 256 KiB: anything else, a FIFO say, counts as kNoList
+// and never blocks. So does a list with any fault in it: a number that is none, an element left
+// open, nesting beyond 100. Main thread.
 Lookup ReadPropertyNumber(const char* path, const char* key, int32_t& value);
 
 // The same for a string value; `utf8` is set on kFound only. Main thread.
@@ -43,8 +44,11 @@ bool WritePropertyNumber(const char* path, const char* key, int32_t value);
 void UseMessageCatalogue(const char* domain, const char* directory);
 
 // Makes `language` (a language code such as "de", or a locale name such as "de_DE.UTF-8") the
-// language of the texts that LocalizedText returns, for this process only, and lets the
-// environment decide the C library's message locale. Main thread, before other threads start.
+// language of the texts that LocalizedText returns, for this process only, whether or not the
+// system has a locale of that language, and lets the environment decide the C library's message
+// locale as far as that is compatible with it. English for "C", "POSIX", an empty name and one with
+// a '/'. Main thread, before other threads start and, to be sure of an effect, before the first
+// LocalizedText: a bundle keeps to the language that it was first asked in.
 void SetMessageLanguage(const char* language);
 
 // The text in the message language for `key`, which is itself the English text; the key where no

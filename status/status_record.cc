@@ -1,9 +1,8 @@
 #include "status/status_record.h"
 
 #include <algorithm>
-#include <numeric>
 
-#include "engine/byte_order.h"
+#include "driver/bytes.h"
 #include "engine/engine_loader.h"
 
 namespace zr7700 {
@@ -26,9 +25,7 @@ constexpr size_t kChecksum = 142;
 }  // namespace
 
 bool IsWellFormed(const PrinterStatusRecord& record) {
-  const uint8_t sum = std::accumulate(
-      record.begin() + 1, record.begin() + kChecksum, uint8_t{0},
-      [](uint8_t total, uint8_t byte) { return static_cast<uint8_t>(total + byte); });
+  const uint8_t sum = SumOfBytes(std::span(record).subspan(1, kChecksum - 1));
   return record.front() == kStartMark && record.back() == kEndMark && record[kChecksum] == sum;
 }
 

@@ -34,6 +34,11 @@ bool SetCartridge(std::string_view text, Settings& settings) {
   return command.has_value();
 }
 
+bool SetDiameter(std::string_view text, Settings& settings) {
+  settings.diameter_mm = text == "80" ? 80 : 120;
+  return text == "80" || text == "120";
+}
+
 bool SetPace(std::string_view text, Settings& settings) {
   const auto seconds = ParseSeconds(text);
   settings.pace_s = seconds.value_or(0);
@@ -53,6 +58,7 @@ constexpr struct {
     {"cartridge", SetCartridge, "Q, P, U, V, none or invalid"},
     {"discs", SetNumber<&Settings::discs, 0, 1000000>, "a number from 0 to 1000000"},
     {"rate", SetNumber<&Settings::rate_per_s, 1, 1000>, "a number from 1 to 1000"},
+    {"diameter", SetDiameter, "80 or 120"},
     {"pace", SetPace, "a time such as 2.5s"},
 };
 

@@ -17,10 +17,12 @@ struct Settings {
   uint8_t cartridge = 'Q';
   uint32_t discs = 25;       // in the bin at the start
   uint32_t rate_per_s = 20;  // status records a second
+  uint32_t diameter_mm = 0;  // of the discs: 80 or 120; 0: what the page asks for
   double pace_s = 0;         // a disc takes at least this long
 };
 
-// Sets what `name` (out, name, script, control, report, cartridge, discs, rate, pace) stands for
+// Sets what `name` (out, name, script, control, report, cartridge, discs, rate,
+// diameter, pace) stands for
 // from its text. False, with one sentence in `error`, when there is no such name or the text is
 // wrong. Any thread.
 bool SetByName(std::string_view name, std::string_view text, Settings& settings,

@@ -1,0 +1,96 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <ctime>
+#include <ostream>
+#include <regex>
+#include <thread>
+
+#include "platform/child_text.h"
+#include "platform/platform.h"
+
+namespace zr7700::platform {
+namespace {
+
+// The text as a fresh process tells it that starts with `zone` in its environment.
+std::string DateTextIn(const char* zone) {
+  return TextOfChild([zone] {
+    setenv("TZ", zone, 1);
+    tzset();
+    return DateText();
+  });
+}
+
+// Seconds since 1970 that a text of the form stands for; -1 for any other form.
+time_t MomentOf(const std::string& text) {
+  static const std::regex form(
+      "(\\d{4})-(\\d\\d)-(\\d\\d) (\\d\\d):(\\d\\d):(\\d\\d) ([+-])(\\d\\d)(\\d\\d)");
+  std::smatch part;
+  if (!std::regex_match(text, part, form)) return -1;
+  tm fields{};
+  fields.tm_year = std::stoi(part[1]) - 1900;
+  fields.tm_mon = std::stoi(part[2]) - 1;
+  fields.tm_mday = std::stoi(part[3]);
+  fields.tm_hour = std::stoi(part[4]);
+  fields.tm_min = std::stoi(part[5]);
+  fields.tm_sec = std::stoi(part[6]);
+  const int offset_s = std::stoi(part[8]) * 3600 + std::stoi(part[9]) * 60;
+  return timegm(&fields) - (part[7] == "-" ? -offset_s : offset_s);
+}
+
+struct Zone {
+  const char* name;    // west of Greenwich counts as positive here
+  const char* offset;  // and as negative here
+};
+
+void PrintTo(const Zone& zone, std::ostream* out) { *out << zone.name; }
+
+class DateTextTest : public testing::TestWithParam<Zone> {};
+
+TEST_P(DateTextTest, TellsThePresentInLocalTimeWithItsOffset) {
+  const time_t before = time(nullptr);
+  const std::string text = DateTextIn(GetParam().name);
+  const time_t after = time(nullptr);
+  EXPECT_GE(MomentOf(text), before) << text;
+  EXPECT_LE(MomentOf(text), after) << text;
+  EXPECT_TRUE(text.ends_with(GetParam().offset)) << text;
+}
+
+INSTANTIATE_TEST_SUITE_P(Zones, DateTextTest,
+                         testing::Values(Zone{"UTC0", " +0000"}, Zone{"IST-5:30", " +0530"},
+                                         Zone{"MART9:30", " -0930"}, Zone{"LINT-14", " +1400"},
+                                         Zone{"Nowhere/Unheard", " +0000"}));
+
+TEST(DateText, IsToldInAnyThread) {
+  std::string texts[4];
+  std::thread threads[4];
+  const time_t before = time(nullptr);
+  for (int i = 0; i < 4; ++i) threads[i] = std::thread([&texts, i] { texts[i] = DateText(); });
+  for (std::thread& thread : threads) thread.join();
+  for (const std::string& text : texts) {
+    EXPECT_GE(MomentOf(text), before) << text;
+    EXPECT_LE(MomentOf(text), time(nullptr)) << text;
+  }
+}
+
+TEST(Clock, IsAboveZeroAndNeverGoesBack) {
+  double last = Now();
+  EXPECT_GT(last, 0.0);
+  for (int i = 0; i < 100000; ++i) {
+    const double now = Now();
+    ASSERT_GE(now, last);
+    last = now;
+  }
+}
+
+TEST(Clock, CountsSeconds) {
+  const double before = Now();
+  usleep(50000);
+  const double passed_s = Now() - before;
+  EXPECT_GE(passed_s, 0.05);
+  EXPECT_LT(passed_s, 30.0);
+}
+
+}  // namespace
+}  // namespace zr7700::platform
