@@ -1,0 +1,24 @@
+"""Things that others may have put where the filter expects a file of its own."""
+
+import os
+
+
+def fifo(path):
+    """Whoever opens it waits for the other side."""
+    os.mkfifo(path)
+
+
+def link_to_fifo(path):
+    os.mkfifo(path.parent / "fifo")
+    path.symlink_to("fifo")
+
+
+def folder(path):
+    path.mkdir()
+
+
+def link_to_nowhere(path):
+    path.symlink_to("/nowhere/at/all")
+
+
+ALL = [fifo, link_to_fifo, folder, link_to_nowhere]

@@ -1,0 +1,141 @@
+"""The engine's ini file over jobs."""
+
+import os
+
+import pytest
+
+import compare
+import log_compare
+import planted
+import record
+from expected import Model
+from expected_text import STATES_WITHDRAWN
+from job import CHOICES, Job
+from sandbox import ENGINE_DATA
+
+LONG = b"; " + b"x" * 3000 + b"\n"
+FILES = {
+    "created": None,
+    "empty": b"",
+    "no section": b"Other=1\n",
+    "keys in other sections": b"[Other]\nColor=9\nXColor=5\nSlot1NumPassesOverride=3\n",
+    "target last, no line end": b"[ESwathBuilder]\nA=1\n[Configuration]\nB=2",
+    "target twice": b"[Configuration]\na\n[Configuration]\nb\n",
+    "key twice": b"[Configuration]\nColor=1\nColor=3\n[ESwathBuilder]\n",
+    "header within a longer one": b"[x][Configuration]\n[y]\n",
+    "key in a header": b"[Color=]\n[Configuration]\n",
+    "passes in the section": b"[ESwathBuilder]\nSlot1NumPassesOverride=4 \n[Configuration]\n",
+    "passes elsewhere": b"[Configuration]\nSlot1NumPassesOverride=4 \n",
+    "carriage returns": b"[Configuration]\r\nColor=1\r\n",
+    "a very long line": b"[Configuration]\n" + LONG + b"[ESwathBuilder]\n",
+    "a header of 98 letters": b"[" + b"h" * 96 + b"]\n",
+}
+
+
+@pytest.mark.parametrize("name", FILES)
+@pytest.mark.parametrize("quality", ["Quality2", "Quality4"])
+def test_edits_of_one_job(name, quality):
+    compare.run(Job(ini=FILES[name], choices=dict(CHOICES, PrintQuality=quality)))
+
+
+def test_jobs_in_sequence_see_what_the_last_left():
+    """Granite keeps the pass count at quality 3 and removes it at quality 2."""
+    ini = None
+    for cartridge, quality, wanted in (("Q", "Quality1", b"1"), ("Q", "Quality3", b"1"),
+                                       ("Q", "Quality2", None), ("Q", "Quality4", b"8"),
+                                       ("P", "Quality3", b"8")):
+        job = Job(ini=ini, record=record.record(cartridge=cartridge),
+                  choices=dict(CHOICES, PrintQuality=quality,
+                               Bidi="No" if quality == "Quality4" else "Yes"))
+        ini = compare.run(job).ini
+        line = b"Slot1NumPassesOverride=" + (wanted or b"") + b" \n"
+        assert (line in ini) if wanted else (b"NumPasses" not in ini)
+
+
+@pytest.mark.parametrize("quality,passes", [("Quality1", "1"), ("Quality2", "2"),
+                                            ("Quality3", "4"), ("Quality4", "8")])
+def test_pass_counts_of_the_heron_family(quality, passes):
+    result = compare.run(Job(record=record.record(cartridge="U"),
+                             choices=dict(CHOICES, PrintQuality=quality)))
+    assert f"Slot1NumPassesOverride={passes} \n".encode() in result.ini
+
+
+@pytest.mark.parametrize("quality", ["Quality2", "Quality4"])
+def test_a_folder_that_is_not_there_only_costs_the_settings(quality):
+    def prepare(sandbox):
+        os.rename(sandbox.path(f"/{ENGINE_DATA}"), sandbox.path(f"/{ENGINE_DATA}-away"))
+    compare.run(Job(prepare=prepare, choices=dict(CHOICES, PrintQuality=quality)),
+                ini_works=False)
+
+
+@pytest.mark.parametrize("text", [b"[Configuration]\n",
+                                  b"[ESwathBuilder]\nSlot1NumPassesOverride=4 \n"])
+def test_a_file_that_cannot_be_written_stays_as_it_is(text):
+    def prepare(sandbox):
+        sandbox.read_only.append(f"/{ENGINE_DATA}/tqgrcfg.ini")
+    result = compare.run(Job(ini=text, prepare=prepare), ini_works=False)
+    assert result.ini == text
+
+
+@pytest.mark.parametrize("plant", [planted.fifo, planted.link_to_fifo, planted.folder])
+def test_something_else_in_the_files_place_never_holds_the_job(plant):
+    def prepare(sandbox):
+        plant(sandbox.path(f"/{ENGINE_DATA}/tqgrcfg.ini"))
+
+    result = Job(prepare=prepare, limit=30).run()
+    assert result.status == 0
+    assert result.log[-1] == "     Ready to print."
+    assert "WriteFerroIniFile failed" in result.log
+    assert "     Slot1 set print direction FAILED" in result.log
+
+
+def _of_size(total):
+    """A file that is `total` bytes long once the first key of a job has been set."""
+    head, entry = b"[Configuration]\n", b"UseDebugSettings=1 \n"
+    filler = total - len(head) - len(entry)
+    lines = [b";" * 99 + b"\n"] * (filler // 100) + [b";" * (filler % 100 - 1) + b"\n"]
+    return head + b"".join(lines) + entry
+
+
+def expect_limit(ini, choices=None):
+    job = Job(ini=ini, **({"choices": choices} if choices else {}))
+    result = job.run()
+    assert result.status == 1
+    assert result.ini == ini
+    assert "cfg.ini" in result.log[-1] and "SETUP_END" not in result.log
+    rest = result.stderr[len(STATES_WITHDRAWN):]
+    assert rest.startswith("ERROR: ") and rest.count("\n") == 1 and rest.endswith("\n")
+    assert not any(call.startswith("HPEStartDoc") for call in result.calls)
+    main, _ = log_compare.split(result.log)
+    model = Model(job.pages, job.choices, ini=b"").run()
+    assert main[:-1] == model.log[:len(main) - 1]
+    return result.log[-1]
+
+
+def test_a_rewritten_file_of_8000_bytes_ends_the_process():
+    said = expect_limit(_of_size(8000))
+    assert "8000" in said or "7999" in said
+
+
+def test_a_file_far_beyond_the_limit_ends_the_process():
+    expect_limit(b"[Configuration]\n" + b"; padding\n" * 100000)
+
+
+def test_a_header_line_of_100_letters_ends_the_process():
+    said = expect_limit(b"[Configuration]\n[" + b"h" * 97 + b"]\n")
+    assert "100" in said or "99" in said
+
+
+def test_a_file_just_within_the_limit_is_rewritten():
+    """With every key of the job in place no edit makes the file longer."""
+    keys = (b"[Configuration]\nUseDebugSettings=1 \nPrinter=1 \nColor=1 \n[ESwathBuilder]\n"
+            b"Slot1PrintDirection=0 \nSlot2PrintDirection=0 \n")
+    filler = 7999 - len(keys)
+    ini = keys + (b";" * 499 + b"\n") * (filler // 500) + b";" * (filler % 500 - 1) + b"\n"
+    assert len(ini) == 7999
+    compare.run(Job(ini=ini))
+
+
+def test_bytes_that_are_no_text_pass_through():
+    ini = b"[Configuration]\n\xff\xfe\x80 \x01\n[ESwathBuilder]\n"
+    compare.run(Job(ini=ini))

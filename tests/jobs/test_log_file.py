@@ -1,0 +1,86 @@
+"""The diagnostic log as a file."""
+
+import os
+
+import pytest
+
+import compare
+import job as jobs
+import planted
+from job import Job
+
+OLD_LINE = b"2024-01-01 00:00:00 +0000 old line\r\n"
+
+
+def old_log(lines, mode=0o644):
+    def prepare(sandbox):
+        path = sandbox.path(jobs.LOG)
+        path.write_bytes(OLD_LINE * lines)
+        path.chmod(mode)
+    return prepare
+
+
+def log_of(size):
+    return lambda sandbox: sandbox.path(jobs.LOG).write_bytes(b"x" * size)
+
+
+def test_a_new_log_is_whole_and_stamped():
+    result = compare.run(Job())
+    assert result.raw_log.count(b"\r\n") == len(result.log)
+    assert b"**** Wait until printer not Busy\n\r\n" in result.raw_log
+
+
+def test_a_job_is_appended_to_what_is_there():
+    result = Job(prepare=old_log(10)).run()
+    assert result.raw_log.startswith(OLD_LINE * 10)
+    assert result.log[10] == "FILTER_STARTED"
+
+
+@pytest.mark.parametrize("size,kept", [(2999999, True), (3000000, False), (3500000, False)])
+def test_a_log_of_three_million_bytes_starts_afresh(size, kept):
+    result = Job(prepare=log_of(size)).run()
+    if kept:
+        # The first line is still appended; the next one finds the limit passed.
+        assert result.raw_log.split(b"\r\n")[0].endswith(b"Getting Settings...")
+    else:
+        assert result.log[0] == "FILTER_STARTED"
+    assert len(result.raw_log) < 100000
+
+
+@pytest.mark.parametrize("before,after", [(0o600, 0o644), (0o644, 0o644), (0o640, 0o644),
+                                          (0o664, 0o664), (0o700, 0o744)])
+def test_an_existing_log_becomes_readable_by_all(before, after):
+    result = Job(prepare=old_log(3, before), arguments=["too", "few"])
+    assert result.run().log_mode == after
+
+
+def test_a_log_made_by_the_first_line_follows_the_mask():
+    """0777 less the scheduler's 077; the next job opens it to all."""
+    assert Job(arguments=[]).run().log_mode == 0o700
+
+
+@pytest.mark.parametrize("plant", planted.ALL)
+def test_something_else_in_the_logs_place_never_holds_the_job(plant):
+    def prepare(sandbox):
+        plant(sandbox.path(jobs.LOG))
+
+    job = Job(prepare=prepare, limit=30)
+    result = job.run()
+    assert result.status == 0
+    assert len(result.stdout) == 16
+    assert result.calls[-1] == "DestroyHostPrintEngine H"
+
+
+def test_a_log_folder_that_is_not_there_costs_only_the_log():
+    def prepare(sandbox):
+        os.rename(sandbox.path("/Library/Caches"), sandbox.path("/Library/Away"))
+
+    assert Job(prepare=prepare, limit=30).run().status == 0
+
+
+def test_a_very_long_file_name_is_no_part_of_the_log():
+    """What is long in a job is the name of a raster file that is not there: only the system's reason
+    stands in the log."""
+    result = Job(arguments=["1", "u", "t", "1", "", "/bench/" + "n" * 3000]).run()
+    assert result.status == 1
+    assert result.log[-1] == "Unable to open raster file - File name too long"
