@@ -90,7 +90,7 @@ bool ReplacePropertyFile(const char* path, const std::string& bytes) {
   struct stat old_facts {};
   if (target.empty() || stat(target.c_str(), &old_facts) != 0) return false;
   std::string new_path = target + ".XXXXXX";
-  const Descriptor file(mkstemp(new_path.data()));
+  const Descriptor file(mkostemp(new_path.data(), O_CLOEXEC));
   if (file.number() < 0) return false;
   if (WriteWhole(file.number(), bytes) && TakeOver(file.number(), old_facts) &&
       rename(new_path.c_str(), target.c_str()) == 0) {
