@@ -1,0 +1,33 @@
+// The engine's reading of its ini file.
+#ifndef ZR7700_REFERENCE_ENGINE_ENGINE_INI_H_
+#define ZR7700_REFERENCE_ENGINE_ENGINE_INI_H_
+
+#include <cstdint>
+#include <istream>
+#include <string>
+
+namespace zr7700::reference_engine {
+
+// What the file asks for; 0 (or -1 for the directions, where 0 is a choice) means that it does not
+// say or says something that the engine does not know.
+struct EngineIni {
+  // [Configuration]
+  int printer = 0;  // "Printer"; what the file says, for the caller to judge
+  int color = 0;    // "Color": 1 standard, 2 photo
+  // [ESwathBuilder]
+  int passes = 0;            // "Slot1NumPassesOverride": 1, 2, 4 or 8
+  int slot1_direction = -1;  // "Slot1PrintDirection": 0 both, 1 reverse only, 2 forward only
+  int slot2_direction = -1;  // "Slot2PrintDirection", the same; slot 2 prints nothing
+};
+
+// Reads "key=value" lines under "[section]" lines. Blanks around values are ignored; of a key that
+// occurs several times the last one counts. The overrides under [ESwathBuilder] and "Color" count
+// only if "UseDebugSettings" is 1.
+EngineIni ParseEngineIni(std::istream& text);
+
+// The same for the file `path`. A missing or unreadable file asks for nothing.
+EngineIni ReadEngineIni(const std::string& path);
+
+}  // namespace zr7700::reference_engine
+
+#endif  // ZR7700_REFERENCE_ENGINE_ENGINE_INI_H_

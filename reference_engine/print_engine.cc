@@ -1,0 +1,143 @@
+#include "reference_engine/print_engine.h"
+
+#include "reference_engine/ink_line.h"
+
+namespace zr7700::reference_engine {
+namespace {
+
+constexpr uint32_t kFormatVersion = 1;
+
+// The host's feed adjustment takes this much from every page's feed unless somebody changed it.
+constexpr uint32_t kFeedBias = 1900;
+
+bool IsMissing(const char* path) { return path == nullptr || *path == '\0'; }
+
+uint32_t FeedFor(const Properties& properties) {
+  return 2 * static_cast<uint32_t>(properties.top_margin) + kFeedBias;
+}
+
+Payload PageStartPayload(uint32_t number, const PageSettings& settings) {
+  const Properties& properties = settings.properties;
+  const Head head = HeadOf(settings.sweep.family);
+  Payload payload;
+  payload.U16(number).U16(properties.dots_per_inch[0]).U16(properties.dots_per_inch[1]);
+  payload.U32(static_cast<uint32_t>(properties.left_margin));
+  payload.U32(static_cast<uint32_t>(properties.printable_width));
+  payload.U32(static_cast<uint32_t>(properties.printable_height));
+  payload.U32(static_cast<uint32_t>(properties.physical_width));
+  payload.U8(properties.quality).U8(properties.media).U8(properties.tray).U8(properties.intent);
+  payload.U8(settings.sweep.passes).U8(static_cast<uint32_t>(settings.sweep.direction));
+  payload.U8(static_cast<uint32_t>(settings.screen.mixing));
+  payload.U8(static_cast<uint32_t>(properties.sharpening));
+  payload.U16(static_cast<uint32_t>(head.nozzles)).U8(static_cast<uint32_t>(head.pitch_lines));
+  payload.U8(kPlanes);
+  for (const uint32_t value : properties.alignment) payload.U8(value);
+  return payload;
+}
+
+}  // namespace
+
+int32_t PrintEngine::Initialize(const char* path1, const char* path2, const char* path3,
+                                const char* path4) {
+  if (document_open_) return kWrongOrder;
+  if (IsMissing(path1) || IsMissing(path2) || IsMissing(path3) || IsMissing(path4))
+    return kBadValue;
+  file_prefix_ = path4;
+  return kOk;
+}
+
+int32_t PrintEngine::StartDocument(HPEOutputCallback output, const char* color_table_path,
+                                   uint32_t code, void* context) {
+  if (file_prefix_.empty() || document_open_) return kWrongOrder;
+  if (output == nullptr || IsMissing(color_table_path) || code != HPE_START_DOC_CODE)
+    return kBadValue;
+  if (!table_.Load(color_table_path)) return kBadColorTable;
+  writer_.Open(output, context);
+  document_open_ = true;
+  document_started_ = false;
+  pages_ended_ = 0;
+  pages_aborted_ = 0;
+  return kOk;
+}
+
+int32_t PrintEngine::StartPage() {
+  if (!document_open_ || page_) return kWrongOrder;
+  PageSettings settings;
+  const EngineIni ini = ReadEngineIni(file_prefix_ + "cfg.ini");
+  const int32_t status = PlanPage(family_, properties_, ini, &settings);
+  if (status != kOk) return status;
+  screen_.Build(settings.screen);
+  page_.emplace(settings, table_, screen_, &writer_);
+  page_width_ = static_cast<uint32_t>(settings.properties.printable_width);
+  page_height_ = static_cast<uint32_t>(settings.properties.printable_height);
+  next_line_ = 0;
+  SendPageStart(settings);
+  return kOk;
+}
+
+void PrintEngine::SendPageStart(const PageSettings& settings) {
+  // A document without a page sends nothing, so its start waits for the first page.
+  if (!document_started_) {
+    Payload start;
+    start.U8(static_cast<uint32_t>(family_)).U8(kFormatVersion).U16(HPE_START_DOC_CODE);
+    writer_.Send(Command::kDocumentStart, start);
+    document_started_ = true;
+  }
+  writer_.RestartCrc();
+  writer_.Send(Command::kPageStart, PageStartPayload(pages_ended_ + pages_aborted_ + 1, settings));
+  writer_.Send(Command::kFeed, Payload().U32(FeedFor(settings.properties)));
+}
+
+bool PrintEngine::AcceptsBand(const Band& band) const {
+  return band.data != nullptr && band.lines > 0 && band.first_line >= next_line_ &&
+         band.first_line < page_height_ && band.lines <= page_height_ - band.first_line &&
+         band.pixels_per_line > 0 && band.pixels_per_line <= page_width_ &&
+         band.bytes_per_line >= band.pixels_per_line * kPixelBytes;
+}
+
+int32_t PrintEngine::SendBand(const Band& band) {
+  if (!page_) return kWrongOrder;
+  if (!AcceptsBand(band)) return kBadValue;
+  const auto* bytes = static_cast<const uint8_t*>(band.data);
+  for (uint32_t i = 0; i < band.lines; ++i)
+    page_->TakeLine(band.first_line + i, {bytes + size_t{i} * band.bytes_per_line,
+                                          size_t{band.pixels_per_line} * kPixelBytes});
+  next_line_ = band.first_line + band.lines;
+  return kOk;
+}
+
+void PrintEngine::SendPageCounts(Command command) {
+  const PageCounts& counts = page_->counts();
+  Payload payload;
+  payload.U32(counts.passes).U32(counts.rows);
+  for (const uint32_t drops : counts.drops) payload.U32(drops);
+  payload.U32(writer_.Crc());
+  writer_.Send(command, payload);
+  writer_.Flush();
+}
+
+int32_t PrintEngine::EndPage() {
+  if (!page_) return kWrongOrder;
+  page_->Finish();
+  SendPageCounts(Command::kPageEnd);
+  page_.reset();
+  ++pages_ended_;
+  return kOk;
+}
+
+int32_t PrintEngine::EndDocument() {
+  if (!document_open_) return kWrongOrder;
+  if (page_) {
+    SendPageCounts(Command::kPageAbort);
+    page_.reset();
+    ++pages_aborted_;
+  }
+  if (document_started_) {
+    writer_.Send(Command::kDocumentEnd, Payload().U16(pages_ended_).U16(pages_aborted_));
+    writer_.Flush();
+  }
+  document_open_ = false;
+  return kOk;
+}
+
+}  // namespace zr7700::reference_engine

@@ -1,0 +1,89 @@
+// One engine instance: what the 22 entries do, one method an entry.
+#ifndef ZR7700_REFERENCE_ENGINE_PRINT_ENGINE_H_
+#define ZR7700_REFERENCE_ENGINE_PRINT_ENGINE_H_
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "engine/host_print_engine.h"
+#include "reference_engine/color_table.h"
+#include "reference_engine/engine_status.h"
+#include "reference_engine/page_renderer.h"
+#include "reference_engine/page_settings.h"
+#include "reference_engine/screen.h"
+#include "reference_engine/stream_writer.h"
+
+namespace zr7700::reference_engine {
+
+// One band of raster lines, as HPESendBand takes it.
+struct Band {
+  uint32_t first_line;
+  uint32_t lines;
+  uint32_t pixels_per_line;
+  uint32_t bytes_per_line;
+  const void* data;
+};
+
+// Methods answer an EngineStatus. An instance is used by one thread at a time; instances share
+// nothing that changes.
+class PrintEngine {
+ public:
+  explicit PrintEngine(Family family) : family_(family) {}
+
+  // Keeps the prefix of the files that change; refuses null and empty ones.
+  int32_t Initialize(const char* path1, const char* path2, const char* path3, const char* path4);
+  int32_t StartDocument(HPEOutputCallback output, const char* color_table_path, uint32_t code,
+                        void* context);
+  // Reads the ini file and takes the properties as they stand.
+  int32_t StartPage();
+  int32_t SendBand(const Band& band);
+  int32_t EndPage();
+  // A page that is still open is given up: what its finished passes have sent stays sent.
+  int32_t EndDocument();
+
+  int32_t SetResolution(uint32_t axis, uint32_t dots_per_inch);
+  int32_t SetLeftMargin(int32_t dots);
+  int32_t SetTopMargin(int32_t dots_at_600);
+  int32_t SetPrintableWidth(int32_t dots);
+  int32_t SetPrintableHeight(int32_t lines);
+  int32_t SetPhysicalWidth(int32_t dots);
+  int32_t SetCartridge(uint32_t slot, uint32_t kind, uint32_t installed);
+  int32_t SetRasterFormat(uint32_t code);
+  int32_t SetAlignment(uint32_t item, uint32_t value);
+  int32_t SetIntent(int32_t intent);
+  int32_t SetMedia(uint32_t code);
+  int32_t SetQuality(uint32_t code);
+  int32_t SetTray(int32_t tray);
+  int32_t SetSharpening(int32_t level);
+
+ private:
+  int32_t SetLength(int32_t value, int32_t low, int32_t high, int32_t* property) const;
+  bool AcceptsBand(const Band& band) const;
+  void SendPageStart(const PageSettings& settings);
+  void SendPageCounts(Command command);
+  void ClosePage(Command command);
+
+  // Constant from the beginning.
+  const Family family_;
+  // Set by Initialize.
+  std::string file_prefix_;
+  // The document.
+  bool document_open_ = false;
+  bool document_started_ = false;
+  uint32_t pages_ended_ = 0;
+  uint32_t pages_aborted_ = 0;
+  StreamWriter writer_;
+  ColorTable table_;
+  // The page.
+  Properties properties_;
+  Screen screen_;
+  std::optional<PageRenderer> page_;
+  uint32_t page_width_ = 0;
+  uint32_t page_height_ = 0;
+  uint32_t next_line_ = 0;
+};
+
+}  // namespace zr7700::reference_engine
+
+#endif  // ZR7700_REFERENCE_ENGINE_PRINT_ENGINE_H_

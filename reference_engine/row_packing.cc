@@ -1,0 +1,177 @@
+#include "reference_engine/row_packing.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace zr7700::reference_engine {
+namespace {
+
+constexpr uint8_t kEscape = 0x1A;
+constexpr uint8_t kCommandStart = 0x1B;
+constexpr size_t kMaxLiterals = 128;
+
+// A run shorter than this costs no less than its literals.
+constexpr size_t kShortestRun = 3;
+constexpr size_t kShortestZeroRun = 2;
+
+bool NeedsEscape(uint8_t byte) { return byte == kEscape || byte == kCommandStart; }
+
+// True when one of the 16 bytes needs an escape; without a branch, so that it becomes a vector.
+bool ChunkNeedsEscape(const uint8_t* chunk) {
+  unsigned found = 0;
+  for (size_t i = 0; i < 16; ++i) found |= static_cast<unsigned>((chunk[i] | 1) == kCommandStart);
+  return found != 0;
+}
+
+uint8_t* EscapeBytes(const uint8_t* bytes, size_t count, uint8_t* out) {
+  for (size_t i = 0; i < count; ++i) {
+    if (NeedsEscape(bytes[i])) {
+      *out++ = kEscape;
+      *out++ = bytes[i] - kEscape;
+    } else {
+      *out++ = bytes[i];
+    }
+  }
+  return out;
+}
+
+uint64_t Load64(const uint8_t* bytes) {
+  uint64_t value = 0;
+  std::memcpy(&value, bytes, sizeof value);
+  return value;
+}
+
+uint8_t PackFour(const uint8_t* levels) {
+  return static_cast<uint8_t>(levels[0] << 6 | levels[1] << 4 | levels[2] << 2 | levels[3]);
+}
+
+// Bit `bit` of eight levels, the first level lowest.
+uint8_t PackEight(const uint8_t* levels, int bit) {
+  uint8_t packed = 0;
+  for (int i = 0; i < 8; ++i) packed = static_cast<uint8_t>(packed | ((levels[i] >> bit & 1) << i));
+  return packed;
+}
+
+void AppendLiterals(std::span<const uint8_t> bytes, std::vector<uint8_t>* out) {
+  while (!bytes.empty()) {
+    const size_t count = std::min(bytes.size(), kMaxLiterals);
+    out->push_back(static_cast<uint8_t>(count - 1));
+    out->insert(out->end(), bytes.begin(), bytes.begin() + static_cast<ptrdiff_t>(count));
+    bytes = bytes.subspan(count);
+  }
+}
+
+// How often the byte at `begin` stands there in a row.
+size_t RunLength(std::span<const uint8_t> bytes, size_t begin) {
+  size_t end = begin + 1;
+  while (end < bytes.size() && bytes[end] == bytes[begin]) ++end;
+  return end - begin;
+}
+
+void AppendGraniteRun(uint8_t byte, size_t length, std::vector<uint8_t>* out) {
+  while (length >= 2) {
+    const size_t count = std::min<size_t>(length, 128);
+    out->push_back(static_cast<uint8_t>(257 - count));
+    out->push_back(byte);
+    length -= count;
+  }
+  if (length == 1) out->insert(out->end(), {0x00, byte});
+}
+
+void AppendHeronRun(uint8_t byte, size_t length, std::vector<uint8_t>* out) {
+  const size_t longest = byte == 0 ? 64 : 65;
+  while (length >= 2 || (length == 1 && byte == 0)) {
+    const size_t count = std::min(length, longest);
+    if (byte == 0) {
+      out->push_back(static_cast<uint8_t>(0x80 + count - 1));
+    } else {
+      out->push_back(static_cast<uint8_t>(0xC0 + count - 2));
+      out->push_back(byte);
+    }
+    length -= count;
+  }
+  if (length == 1) out->insert(out->end(), {0x00, byte});
+}
+
+// The walk over runs and literals that both compressions share.
+template <typename WorthARun, typename AppendRun>
+void Compress(std::span<const uint8_t> bytes, WorthARun worth, AppendRun append_run,
+              std::vector<uint8_t>* out) {
+  size_t literals = 0;
+  for (size_t i = 0; i < bytes.size();) {
+    const size_t run = RunLength(bytes, i);
+    if (worth(bytes[i], run)) {
+      AppendLiterals(bytes.subspan(literals, i - literals), out);
+      append_run(bytes[i], run, out);
+      literals = i + run;
+    }
+    i += run;
+  }
+  AppendLiterals(bytes.subspan(literals), out);
+}
+
+}  // namespace
+
+void AppendEscaped(std::span<const uint8_t> bytes, std::vector<uint8_t>* out) {
+  const size_t old_length = out->size();
+  out->resize(old_length + 2 * bytes.size());
+  uint8_t* to = out->data() + old_length;
+  size_t i = 0;
+  for (; i + 16 <= bytes.size(); i += 16) {
+    if (ChunkNeedsEscape(&bytes[i])) {
+      to = EscapeBytes(&bytes[i], 16, to);
+    } else {
+      std::memcpy(to, &bytes[i], 16);
+      to += 16;
+    }
+  }
+  to = EscapeBytes(bytes.data() + i, bytes.size() - i, to);
+  out->resize(static_cast<size_t>(to - out->data()));
+}
+
+Drops FindDrops(std::span<const uint8_t> levels) {
+  size_t begin = 0;
+  while (begin + 8 <= levels.size() && Load64(&levels[begin]) == 0) begin += 8;
+  while (begin < levels.size() && levels[begin] == 0) ++begin;
+  size_t end = levels.size();
+  while (end >= begin + 8 && Load64(&levels[end - 8]) == 0) end -= 8;
+  while (end > begin && levels[end - 1] == 0) --end;
+  Drops drops = {begin, levels.subspan(begin, end - begin), 0};
+  for (const uint8_t level : drops.levels) drops.count += level != 0;
+  return drops;
+}
+
+void CompressGranite(std::span<const uint8_t> bytes, std::vector<uint8_t>* out) {
+  Compress(
+      bytes, [](uint8_t, size_t run) { return run >= kShortestRun; }, AppendGraniteRun, out);
+}
+
+void CompressHeron(std::span<const uint8_t> bytes, std::vector<uint8_t>* out) {
+  const auto worth = [](uint8_t byte, size_t run) {
+    return run >= (byte == 0 ? kShortestZeroRun : kShortestRun);
+  };
+  Compress(bytes, worth, AppendHeronRun, out);
+}
+
+void RowPacker::Append(std::span<const uint8_t> levels, std::vector<uint8_t>* out) {
+  // Padded with zeros to whole groups of eight, so that the loops below have no tails.
+  padded_.assign(levels.begin(), levels.end());
+  padded_.resize((levels.size() + 7) / 8 * 8, 0);
+  compressed_.clear();
+  if (family_ == Family::kGranite) {
+    packed_.resize((levels.size() + 3) / 4);
+    for (size_t i = 0; i < packed_.size(); ++i) packed_[i] = PackFour(&padded_[i * 4]);
+    CompressGranite(packed_, &compressed_);
+  } else {
+    const size_t plane_bytes = padded_.size() / 8;
+    packed_.resize(2 * plane_bytes);
+    for (size_t i = 0; i < plane_bytes; ++i) {
+      packed_[i] = PackEight(&padded_[i * 8], 0);
+      packed_[plane_bytes + i] = PackEight(&padded_[i * 8], 1);
+    }
+    CompressHeron(packed_, &compressed_);
+  }
+  AppendEscaped(compressed_, out);
+}
+
+}  // namespace zr7700::reference_engine
