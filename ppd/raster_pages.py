@@ -1,0 +1,71 @@
+"""Labels as PDF files, the distribution's filters that turn them into raster, and the raster as
+libcups reads it."""
+
+import ctypes
+import ctypes.util
+import os
+import subprocess
+
+_raster = ctypes.CDLL(ctypes.util.find_library("cupsimage"))
+_HEADER_BYTES = 1796
+# Offsets of 32-bit numbers in a page header, version 2.
+_FIELDS = {"x_dpi": 276, "y_dpi": 280, "copies": 340, "width_dots": 372, "height_dots": 376,
+           "bits_per_color": 384, "bits_per_pixel": 388, "bytes_per_line": 392,
+           "color_order": 396, "color_space": 400}
+
+for _name, _result, _arguments in (
+        ("cupsRasterOpen", ctypes.c_void_p, [ctypes.c_int, ctypes.c_int]),
+        ("cupsRasterReadHeader2", ctypes.c_uint, [ctypes.c_void_p, ctypes.c_char_p]),
+        ("cupsRasterReadPixels", ctypes.c_uint,
+         [ctypes.c_void_p, ctypes.c_char_p, ctypes.c_uint]),
+        ("cupsRasterClose", None, [ctypes.c_void_p])):
+    _function = getattr(_raster, _name)
+    _function.restype, _function.argtypes = _result, _arguments
+
+
+def pdf(side_points, drawing):
+    """A PDF of one square page with the drawing (PDF operators)."""
+    objects = ["<</Type/Catalog/Pages 2 0 R>>", "<</Type/Pages/Kids[3 0 R]/Count 1>>",
+               f"<</Type/Page/Parent 2 0 R/MediaBox[0 0 {side_points} {side_points}]"
+               "/Resources<<>>/Contents 4 0 R>>",
+               f"<</Length {len(drawing)}>>stream\n{drawing}\nendstream"]
+    text, places = "%PDF-1.4\n", []
+    for number, body in enumerate(objects, 1):
+        places.append(len(text))
+        text += f"{number} 0 obj{body}endobj\n"
+    start = len(text)
+    text += f"xref\n0 {len(objects) + 1}\n0000000000 65535 f \n"
+    text += "".join(f"{place:010} 00000 n \n" for place in places)
+    text += f"trailer<</Size {len(objects) + 1}/Root 1 0 R>>\nstartxref\n{start}\n%%EOF\n"
+    return text.encode()
+
+
+def filtered(ppd_path, document, rasterizer, options, copies, folder):
+    """The raster file that pdftopdf and a rasterizer make of a PDF."""
+    environment = {**os.environ, "PPD": ppd_path, "TMPDIR": str(folder)}
+    data = document
+    for name in ("pdftopdf", rasterizer):
+        done = subprocess.run(["/usr/lib/cups/filter/" + name, "1", "user", "title", str(copies),
+                               options], input=data, capture_output=True, env=environment,
+                              check=True, timeout=120)
+        data = done.stdout
+    path = folder / "label.raster"
+    path.write_bytes(data)
+    return path
+
+
+def read_pages(path):
+    """[(header fields, bytes of all lines)] of a raster file."""
+    pages = []
+    with open(path, "rb") as file:
+        stream = _raster.cupsRasterOpen(file.fileno(), 0)
+        header = ctypes.create_string_buffer(_HEADER_BYTES)
+        while _raster.cupsRasterReadHeader2(stream, header):
+            fields = {name: int.from_bytes(header.raw[at:at + 4], "little")
+                      for name, at in _FIELDS.items()}
+            size = fields["bytes_per_line"] * fields["height_dots"]
+            pixels = ctypes.create_string_buffer(size)
+            assert _raster.cupsRasterReadPixels(stream, pixels, size) == size
+            pages.append((fields, pixels.raw))
+        _raster.cupsRasterClose(stream)
+    return pages
