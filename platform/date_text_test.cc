@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <ostream>
-#include <regex>
+#include <string>
 #include <thread>
 
 #include "platform/child_text.h"
@@ -22,21 +22,34 @@ std::string DateTextIn(const char* zone) {
   });
 }
 
+// Whether `text` has the form of the example, each 0 in which stands for any digit and each + for a
+// sign.
+bool HasForm(const std::string& text, const std::string& example) {
+  if (text.size() != example.size()) return false;
+  for (size_t i = 0; i < text.size(); ++i) {
+    const bool fits = example[i] == '0'   ? text[i] >= '0' && text[i] <= '9'
+                      : example[i] == '+' ? text[i] == '+' || text[i] == '-'
+                                          : text[i] == example[i];
+    if (!fits) return false;
+  }
+  return true;
+}
+
 // Seconds since 1970 that a text of the form stands for; -1 for any other form.
 time_t MomentOf(const std::string& text) {
-  static const std::regex form(
-      "(\\d{4})-(\\d\\d)-(\\d\\d) (\\d\\d):(\\d\\d):(\\d\\d) ([+-])(\\d\\d)(\\d\\d)");
-  std::smatch part;
-  if (!std::regex_match(text, part, form)) return -1;
+  if (!HasForm(text, "0000-00-00 00:00:00 +0000")) return -1;
+  const auto number = [&text](size_t at, size_t digits) {
+    return std::stoi(text.substr(at, digits));
+  };
   tm fields{};
-  fields.tm_year = std::stoi(part[1]) - 1900;
-  fields.tm_mon = std::stoi(part[2]) - 1;
-  fields.tm_mday = std::stoi(part[3]);
-  fields.tm_hour = std::stoi(part[4]);
-  fields.tm_min = std::stoi(part[5]);
-  fields.tm_sec = std::stoi(part[6]);
-  const int offset_s = std::stoi(part[8]) * 3600 + std::stoi(part[9]) * 60;
-  return timegm(&fields) - (part[7] == "-" ? -offset_s : offset_s);
+  fields.tm_year = number(0, 4) - 1900;
+  fields.tm_mon = number(5, 2) - 1;
+  fields.tm_mday = number(8, 2);
+  fields.tm_hour = number(11, 2);
+  fields.tm_min = number(14, 2);
+  fields.tm_sec = number(17, 2);
+  const int offset_s = number(21, 2) * 3600 + number(23, 2) * 60;
+  return timegm(&fields) - (text[20] == '-' ? -offset_s : offset_s);
 }
 
 struct Zone {
