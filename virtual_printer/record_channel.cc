@@ -46,6 +46,7 @@ void RecordChannel::SendRecord(double now_s, const PrinterStatus& status) {
     record[142] = static_cast<uint8_t>(record[142] + 1);
   }
   SendFaults(record);
+  ++records_sent_;
   const std::span<const uint8_t> whole(record);
   const size_t first_bytes = split_bytes_ == 0 ? whole.size() : split_bytes_;
   send_(whole.first(first_bytes));

@@ -32,6 +32,9 @@ class RecordChannel {
   // When Tick has something to do next.
   double NextTick() const;
 
+  // Records begun so far, spoilt ones too.
+  uint64_t records_sent() const { return records_sent_; }
+
  private:
   void SendRecord(double now_s, const PrinterStatus& status);
   void SendFaults(std::span<const uint8_t> record);
@@ -39,6 +42,7 @@ class RecordChannel {
 
   const double period_s_;
   const Send send_;
+  uint64_t records_sent_ = 0;
   double next_record_s_ = 0;
   double silent_until_s_ = 0;
   uint32_t split_bytes_ = 0;     // 0: records go out whole
