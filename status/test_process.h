@@ -6,8 +6,8 @@
 
 namespace zr7700::test {
 
-// Runs `body` in a child process and fails the calling test when an expectation failed there, or
-// when it did not end by itself with status 0. No other thread may run.
+// Starts the test program anew for the present test alone, fixture and all, and runs `body` there.
+// Fails the present test when that one failed or did not end by itself. Call it once a test.
 void InOwnProcess(const std::function<void()>& body);
 
 }  // namespace zr7700::test
