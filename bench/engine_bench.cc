@@ -1,0 +1,153 @@
+// Times the open engine alone on a synthetic photograph, a full disc at 600 dpi.
+//   engine_bench ROOT [PAGES]
+// ROOT is the folder that holds Library/ and Users/. Prints the processor time of one page,
+// document start and end included, for each family and number of passes, and the bytes that came
+// out.
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "engine/host_print_engine.h"
+
+namespace {
+
+constexpr uint32_t kSide = 2834;
+constexpr double kHoleDots = 500;
+
+struct Engine {
+#define ZR7700_MEMBER(name, type) type name = nullptr;
+  HPE_ENTRIES(ZR7700_MEMBER)
+#undef ZR7700_MEMBER
+};
+
+bool LoadEngine(const std::string& path, Engine* engine) {
+  void* library = dlopen(path.c_str(), RTLD_LAZY);
+  if (library == nullptr) {
+    std::fprintf(stderr, "engine_bench: %s\n", dlerror());
+    return false;
+  }
+#define ZR7700_RESOLVE(name, type) engine->name = reinterpret_cast<type>(dlsym(library, #name));
+  HPE_ENTRIES(ZR7700_RESOLVE)
+#undef ZR7700_RESOLVE
+  return engine->CreateHostPrintEngine != nullptr && engine->SetImageSharpeningLevel != nullptr;
+}
+
+uint8_t ToByte(double value) { return static_cast<uint8_t>(std::clamp(value, 0.0, 255.0)); }
+
+// Slow waves of colour with fine grain over them, white outside of the disc's ring.
+std::vector<uint8_t> MakePhotograph() {
+  std::vector<uint8_t> pixels(size_t{kSide} * kSide * 4, 0);
+  uint32_t random = 1;
+  for (uint32_t y = 0; y < kSide; ++y)
+    for (uint32_t x = 0; x < kSide; ++x) {
+      uint8_t* pixel = &pixels[(size_t{y} * kSide + x) * 4];
+      random = random * 1664525 + 1013904223;
+      const double grain = static_cast<double>(random >> 24) / 16 - 8;
+      const double u = x / 310.0;
+      const double v = y / 270.0;
+      pixel[0] = ToByte(128 + 110 * std::sin(u + v * 0.7) + grain);
+      pixel[1] = ToByte(120 + 100 * std::sin(u * 1.3 - v) + grain);
+      pixel[2] = ToByte(110 + 90 * std::cos(u * 0.6 + v * 1.9) + grain);
+      const double radius = std::hypot(x - kSide / 2.0, y - kSide / 2.0);
+      if (radius > kSide / 2.0 || radius < kHoleDots) pixel[0] = pixel[1] = pixel[2] = 255;
+    }
+  return pixels;
+}
+
+void CountBytes(void* context, uint8_t* /*data*/, uint32_t length_bytes) {
+  *static_cast<uint64_t*>(context) += length_bytes;
+}
+
+double ProcessorSeconds() {
+  timespec now = {};
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
+}
+
+int32_t SetProperties(const Engine& engine, HPEHandle handle) {
+  return engine.SetInputResolution(handle, 0, 600) | engine.SetInputResolution(handle, 1, 600) |
+         engine.SetLeftMargin(handle, 1916) | engine.SetTopMargin(handle, 69) |
+         engine.SetPhysicalWidth(handle, 5100) | engine.SetPrintableWidth(handle, kSide) |
+         engine.SetPrintableHeight(handle, kSide) | engine.SetImageSharpeningLevel(handle, 11);
+}
+
+// The page as the filter sends it, line by line. Anything but 0 is an error of the engine.
+int32_t PrintPage(const Engine& engine, HPEHandle handle, const std::string& table,
+                  const std::vector<uint8_t>& pixels, uint64_t* bytes) {
+  int32_t status =
+      engine.HPEStartDoc(handle, CountBytes, table.c_str(), 0, 0, HPE_START_DOC_CODE, bytes) |
+      SetProperties(engine, handle) | engine.HPEStartPage(handle);
+  for (uint32_t y = 0; y < kSide; ++y)
+    status |= engine.HPESendBand(handle, 0, y, 1, kSide, kSide * 4, &pixels[size_t{y} * kSide * 4]);
+  return status | engine.HPEEndPage(handle, 0) | engine.HPEEndDoc(handle, 0);
+}
+
+struct FamilyFiles {
+  const char* name;
+  const char* code;
+  const char* table;
+};
+constexpr FamilyFiles kFamilies[] = {{"Heron", "he", "bsclrL"}, {"Granite", "gr", "clrPhoto"}};
+
+// The best of several pages, for the first one also pays for loading the colour table.
+bool TimeFamily(const std::string& root, const std::string& scratch, const FamilyFiles& family,
+                int pages, const std::vector<uint8_t>& pixels) {
+  const std::string code = std::string("tq") + family.code;
+  const std::string library =
+      root + "/Library/Printers/Tessary/Frameworks/" + code + "hpec.framework/" + code + "hpec";
+  const std::string table = root + "/Users/Shared/Tessary/ZR7700/Frameworks/" + code + family.table;
+  const std::string prefix = scratch + "/" + code;
+  Engine engine;
+  if (!LoadEngine(library, &engine)) return false;
+  for (const int passes : {1, 2, 4, 8}) {
+    std::ofstream(prefix + "cfg.ini")
+        << "[Configuration]\nUseDebugSettings=1 \nColor=2 \n"
+        << "[ESwathBuilder]\nSlot1NumPassesOverride=" << passes << " \n";
+    double first = 0;
+    double best = 1e9;
+    uint64_t bytes = 0;
+    for (int page = 0; page < pages; ++page) {
+      const double begin = ProcessorSeconds();
+      bytes = 0;
+      HPEHandle handle = engine.CreateHostPrintEngine();
+      int32_t status = engine.HPEInitialize(handle, prefix.c_str(), prefix.c_str(), prefix.c_str(),
+                                            prefix.c_str());
+      status |= PrintPage(engine, handle, table, pixels, &bytes);
+      engine.DestroyHostPrintEngine(handle);
+      if (status != 0) return false;
+      const double seconds = ProcessorSeconds() - begin;
+      if (page == 0) first = seconds;
+      best = std::min(best, seconds);
+    }
+    std::printf("%-8s %d passes  first %6.1f ms  best %6.1f ms  %9llu bytes\n", family.name, passes,
+                first * 1e3, best * 1e3, static_cast<unsigned long long>(bytes));
+  }
+  return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 2) {
+    std::fprintf(stderr, "usage: engine_bench ROOT [PAGES]\n");
+    return 2;
+  }
+  const int pages = argc > 2 ? std::max(1, std::atoi(argv[2])) : 5;
+  const std::vector<uint8_t> pixels = MakePhotograph();
+  std::string scratch = std::filesystem::temp_directory_path() / "engine_bench.XXXXXX";
+  if (mkdtemp(scratch.data()) == nullptr) return 1;
+  bool done = true;
+  for (const FamilyFiles& family : kFamilies)
+    done = TimeFamily(argv[1], scratch, family, pages, pixels) && done;
+  std::filesystem::remove_all(scratch);
+  return done ? 0 : 1;
+}
