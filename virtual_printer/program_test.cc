@@ -1,0 +1,267 @@
+// Runs zr7700-printer between pipes.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include <filesystem>
+#include <numeric>
+#include <set>
+
+#include "virtual_printer/child_process.h"
+#include "virtual_printer/control_socket.h"
+#include "virtual_printer/stream_builder.h"
+
+namespace zr7700::printer {
+namespace {
+
+using testing::HasSubstr;
+
+class Program : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_NE(mkdtemp(folder_), nullptr);
+    std::filesystem::create_directory(Path("out"));
+  }
+  void TearDown() override { std::filesystem::remove_all(folder_); }
+
+  std::string Path(const std::string& name) const { return std::string(folder_) + "/" + name; }
+
+  std::vector<std::string> Arguments(const std::vector<std::string>& more = {}) const {
+    std::vector<std::string> all = {ZR7700_PRINTER, "--out",        Path("out"),
+                                    "--report",     Path("report"), "--status-fd=3"};
+    all.insert(all.end(), more.begin(), more.end());
+    return all;
+  }
+
+  std::set<std::string> Pictures() const {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(Path("out"))) {
+      names.insert(entry.path().filename());
+    }
+    return names;
+  }
+
+  std::string WriteScript(const std::string& text) const {
+    std::ofstream(Path("script")) << text;
+    return Path("script");
+  }
+
+  // Says one line on the control socket and returns the answer.
+  std::string Order(const std::string& line) const {
+    Descriptor caller(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strcpy(address.sun_path, Path("control").c_str());
+    for (int tries = 0; tries < 1000; ++tries) {
+      if (connect(caller.number(), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) {
+        break;
+      }
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    const std::string text = line + "\n";
+    EXPECT_GT(send(caller.number(), text.data(), text.size(), MSG_NOSIGNAL), 0);
+    char answer[2000];
+    const ssize_t count = recv(caller.number(), answer, sizeof answer, 0);
+    return std::string(answer, count > 0 ? static_cast<size_t>(count) : 0);
+  }
+
+  char folder_[32] = "/tmp/zr7700-program-XXXXXX";
+};
+
+bool IsWellFormed(const uint8_t* record) {
+  const unsigned sum = std::accumulate(record + 1, record + 142, 0u);
+  return record[0] == 1 && record[1] == 0x8E && record[2] == 0x5A &&
+         record[142] == static_cast<uint8_t>(sum) && record[143] == 4;
+}
+
+// The next record; the test fails when it is not well formed.
+Bytes NextRecord(ChildProcess& printer) {
+  Bytes record = printer.ReadBack(144);
+  EXPECT_EQ(record.size(), 144u);
+  record.resize(144);
+  EXPECT_TRUE(IsWellFormed(record.data()));
+  return record;
+}
+
+// Reads records until one has `value` at `at`, at most 400.
+Bytes AwaitRecord(ChildProcess& printer, size_t at, uint8_t value) {
+  for (int i = 0; i < 400; ++i) {
+    Bytes record = NextRecord(printer);
+    if (record[at] == value || testing::Test::HasFailure()) return record;
+  }
+  ADD_FAILURE() << "no record has " << int{value} << " at " << at;
+  return Bytes(144);
+}
+
+TEST_F(Program, PrintsEveryDiscAndReports) {
+  StreamBuilder stream('G');
+  stream.WholePage().WholePage({.media = 7});
+  ChildProcess printer(Arguments(), folder_);
+  ASSERT_TRUE(printer.Write(stream.bytes()));
+  printer.CloseInput();
+  EXPECT_EQ(printer.Wait(), 0);
+  EXPECT_EQ(Pictures(), (std::set<std::string>{"disc-001.png", "disc-001-small.png", "disc-002.png",
+                                               "disc-002-small.png"}));
+  const std::string report = TextOf(Path("report"));
+  EXPECT_THAT(report, HasSubstr("\"pages\": 2"));
+  EXPECT_THAT(report, HasSubstr("\"violation_count\": 0"));
+  EXPECT_THAT(report, HasSubstr("\"cyan\": {\"small\": 0, \"medium\": 0, \"large\": 1}"));
+  EXPECT_THAT(report, HasSubstr("\"ink_picolitres\": {\"cyan\": 12, \"magenta\": 0"));
+  EXPECT_THAT(report, HasSubstr("\"left\": 0, \"top\": 0, \"right\": 0, \"bottom\": 0"));
+  EXPECT_THAT(report, HasSubstr("\"dots_outside_disc\": 1")) << "a corner is no disc";
+}
+
+TEST_F(Program, AViolationFailsTheRunAndIsReportedWithItsOffset) {
+  StreamBuilder stream('H');
+  stream.WholePage().Raw({7});
+  const std::string offset = std::to_string(stream.offset() - 1);
+  ChildProcess printer(Arguments(), folder_);
+  ASSERT_TRUE(printer.Write(stream.bytes()));
+  printer.CloseInput();
+  EXPECT_EQ(printer.Wait(), 1);
+  EXPECT_THAT(printer.Errors(),
+              HasSubstr("zr7700-printer: Byte " + offset + ": An item must begin with 0x1B"));
+  EXPECT_THAT(TextOf(Path("report")), HasSubstr("{\"offset\": " + offset + ", \"text\": "));
+  EXPECT_EQ(Pictures().size(), 2u) << "the page itself was right";
+}
+
+TEST_F(Program, SendsTwentyRecordsASecond) {
+  ChildProcess printer(Arguments(), folder_);
+  NextRecord(printer);
+  const auto begin = std::chrono::steady_clock::now();
+  for (int i = 0; i < 40; ++i) EXPECT_EQ(NextRecord(printer)[29], 'I');
+  const std::chrono::duration<double> time = std::chrono::steady_clock::now() - begin;
+  // 40 periods of 50 ms; 16 a second at the least.
+  EXPECT_GT(time.count(), 1.9);
+  EXPECT_LT(time.count(), 40 / 16.0);
+  printer.CloseInput();
+  EXPECT_EQ(printer.Wait(), 0);
+}
+
+TEST_F(Program, GoesBusyAndIdleAndCountsItsInk) {
+  StreamBuilder stream('G');
+  stream.WholePage();
+  ChildProcess printer(Arguments({"--pace", "0.5s"}), folder_);
+  EXPECT_EQ(NextRecord(printer)[29], 'I');
+  ASSERT_TRUE(printer.Write(stream.bytes()));
+  const Bytes busy = AwaitRecord(printer, 29, 'B');
+  EXPECT_EQ(busy[26], 'H');
+  const Bytes idle = AwaitRecord(printer, 29, 'I');
+  EXPECT_EQ(idle[26], 'I');
+  // One large drop: 12 picolitres.
+  EXPECT_EQ(Bytes(idle.begin() + 49, idle.begin() + 61),
+            (Bytes{0, 0, 0, 12, 0, 0, 0, 0, 0, 0, 0, 0}));
+  printer.CloseInput();
+  EXPECT_EQ(printer.Wait(), 0);
+}
+
+TEST_F(Program, WaitsForDiscsAndIsRefilled) {
+  StreamBuilder stream('G');
+  stream.WholePage().WholePage();
+  ChildProcess printer(Arguments({"--discs", "1", "--control", Path("control")}), folder_);
+  ASSERT_TRUE(printer.Write(stream.bytes()));
+  printer.CloseInput();
+  const Bytes empty = AwaitRecord(printer, 30, 0x24);
+  EXPECT_EQ(AwaitRecord(printer, 29, 'I')[30], 0x24);
+  EXPECT_THAT(Order("status"), HasSubstr("idle, cartridge Q, 0 discs, error word 0x24, ink 12 0 0, "
+                                         "page 2 waits, 1 out, 0 violations\n"));
+  EXPECT_TRUE(printer.Runs());
+  EXPECT_EQ(Pictures().size(), 2u);
+  EXPECT_EQ(Order("bin 25"), "ok\n");
+  EXPECT_EQ(printer.Wait(), 0);
+  EXPECT_EQ(Pictures().size(), 4u);
+  EXPECT_FALSE(std::filesystem::exists(Path("control")));
+}
+
+TEST_F(Program, ObeysItsControlSocket) {
+  ChildProcess printer(Arguments({"--control", Path("control")}), folder_);
+  EXPECT_EQ(Order("cartridge U"), "ok\n");
+  AwaitRecord(printer, 98, 'U');
+  EXPECT_EQ(Order("align on"), "ok\n");
+  AwaitRecord(printer, 99, 1);
+  EXPECT_EQ(Order("ink low"), "ok\n");
+  EXPECT_EQ(AwaitRecord(printer, 30, 0x10)[98], 'U');
+  EXPECT_EQ(Order("bin 0"), "ok\n");
+  AwaitRecord(printer, 30, 0x34);
+  EXPECT_EQ(Order("explode"), "error: There is no command \"explode\".\n");
+  EXPECT_EQ(Order("at 0.1s cartridge none"), "ok\n");
+  AwaitRecord(printer, 98, 0x20);
+  printer.CloseInput();
+  EXPECT_EQ(printer.Wait(), 0);
+}
+
+TEST_F(Program, ObeysItsFaultScript) {
+  StreamBuilder stream('G');
+  stream.WholePage().WholePage();
+  const std::string script =
+      WriteScript("cartridge invalid\nat 0.3s cartridge P\nafter page 1 align on\n");
+  ChildProcess printer(Arguments({"--script", script}), folder_);
+  EXPECT_EQ(NextRecord(printer)[98], 'X');
+  ASSERT_TRUE(printer.Write(stream.bytes()));
+  EXPECT_EQ(AwaitRecord(printer, 98, 'P')[99], 0);
+  AwaitRecord(printer, 99, 1);
+  printer.CloseInput();
+  EXPECT_EQ(printer.Wait(), 0);
+}
+
+TEST_F(Program, SpoilsItsRecordsWhenTold) {
+  const std::string script = WriteScript("misalign 37\nbadsum 1\nat 0.2s split 100\n");
+  ChildProcess printer(Arguments({"--script", script}), folder_);
+  EXPECT_EQ(printer.ReadBack(37).back(), 4) << "the tail of a record";
+  EXPECT_FALSE(IsWellFormed(printer.ReadBack(144).data()));
+  for (int i = 0; i < 10; ++i) NextRecord(printer);  // the pieces of a split record still join
+  printer.CloseInput();
+  EXPECT_EQ(printer.Wait(), 0);
+}
+
+TEST_F(Program, ADeafListenerDoesNotStopIt) {
+  StreamBuilder stream('G');
+  stream.WholePage();
+  // The pipe is full after 64 KiB.
+  ChildProcess printer(Arguments({"--script", WriteScript("noise 65536\nat 0.1s noise 65536\n")}),
+                       folder_);
+  std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  ASSERT_TRUE(printer.Write(stream.bytes()));
+  printer.CloseInput();
+  EXPECT_EQ(printer.Wait(), 0);
+}
+
+TEST_F(Program, WhatIsWrongWithItsOptionsIsSaid) {
+  const struct {
+    std::vector<std::string> more;
+    std::string sentence;
+  } rows[] = {
+      {{"--out", "/nowhere/at/all"},
+       "The folder /nowhere/at/all cannot take pictures: No such file or directory."},
+      {{"--out", "/dev/null"}, "The folder /dev/null cannot take pictures: Not a directory."},
+      {{"--discs", "few"}, "\"discs\" takes a number from 0 to 1000000, not \"few\"."},
+      {{"--discs"}, "\"discs\" takes a number from 0 to 1000000, not \"\"."},
+      {{"--status-fd", "x"}, "\"status-fd\" takes the number of an open descriptor."},
+      {{"--colour", "red"}, "There is no setting \"colour\"."},
+      {{"picture.png"}, "There is no argument \"picture.png\"."},
+      {{"--script", "/nowhere"}, "The file /nowhere cannot be read: No such file or directory."},
+      {{"--control", "/nowhere/control"},
+       "The control socket /nowhere/control cannot be made: No such file or directory."},
+  };
+  for (const auto& row : rows) {
+    ChildProcess printer(Arguments(row.more), folder_);
+    printer.CloseInput();
+    EXPECT_EQ(printer.Wait(), 2);
+    EXPECT_THAT(printer.Errors(), testing::StartsWith("zr7700-printer: " + row.sentence));
+  }
+}
+
+TEST_F(Program, AFullDiskIsSaidAndLeavesNoPicture) {
+  StreamBuilder stream('G');
+  stream.WholePage();
+  ChildProcess printer(Arguments(), folder_, {.small_disk = true});
+  ASSERT_TRUE(printer.Write(stream.bytes()));
+  printer.CloseInput();
+  EXPECT_EQ(printer.Wait(), 1);
+  EXPECT_THAT(printer.Errors(), HasSubstr("disc-001.png cannot be written: File too large."));
+  EXPECT_TRUE(Pictures().empty());
+}
+
+}  // namespace
+}  // namespace zr7700::printer
