@@ -268,6 +268,17 @@ TEST_F(PropertyListTest, SurvivesDeepNesting) {
   ExpectNoList();
 }
 
+// Sound in shape, but one parser throws at an integer of 16 bytes, or takes it.
+TEST_F(PropertyListTest, SurvivesWhatOnlyTheParserRefuses) {
+  std::string list = BinaryList();
+  list.replace(38, 5, "\x54\x44\x69\x73\x63" + std::string(17, '\x14'));
+  list.replace(60, 5, std::string("\x08\x0d\x18\x1d\x2b", 5));  // the last value: the integer
+  list.back() = 60;
+  Put(list);
+  const Lookup outcome = Number("Name");
+  EXPECT_TRUE(outcome == Lookup::kNoList || outcome == Lookup::kFound);
+}
+
 // Any answer is right as long as it is one: a number comes with kFound only.
 TEST_F(PropertyListTest, SurvivesDamagedLists) {
   PutValue("<array><real>1.5</real><string>a&amp;b</string><dict/></array>");

@@ -2,7 +2,8 @@
 //
 // The parsers of the two platforms disagree on malformed lists, and each of them meets some
 // that it does not survive: nesting deeper than the stack, a binary list whose offsets point
-// nowhere. What passes here is parsed alike by both.
+// nowhere. What passes here is parsed by both, and alike: only a binary list with an integer of 16
+// bytes or a date out of reckoning may still be refused by one of them, whole.
 #ifndef ZR7700_PLATFORM_PROPERTY_SHAPE_H_
 #define ZR7700_PLATFORM_PROPERTY_SHAPE_H_
 

@@ -1,5 +1,6 @@
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <vector>
 
 #include "platform/property_shape.h"
@@ -22,7 +23,6 @@ enum Kind : uint8_t {
   kData = 4,
   kAscii = 5,
   kUtf16 = 6,
-  kUid = 8,
   kArray = 10,
   kDict = 13,
 };
@@ -124,9 +124,6 @@ class BinaryList {
       case kDate:
         if (count == 3) return 8;
         return {};
-      case kUid:
-        if (count == 0 || count == 1 || count == 3 || count == 7) return count + 1;
-        return {};
       case kData:
       case kAscii:
         return count;
@@ -170,19 +167,26 @@ class BinaryList {
     if (IsContainer(objects_[top_])) referred_[top_] = true;
     for (const Object& object : objects_) {
       if (!IsContainer(object)) continue;
+      std::set<std::string_view> keys;
       const uint64_t references = object.count * (object.kind == kDict ? 2 : 1);
       for (uint64_t i = 0; i < references; ++i) {
         const uint64_t target = Load(object.offset + i * reference_width_, reference_width_);
         const bool is_key = object.kind == kDict && i < object.count;
         if (target >= object_count_ || !TakesReference(target, is_key)) return false;
+        // Of two values for one key the parsers would not choose the same.
+        if (is_key && !keys.insert(PayloadOf(objects_[target])).second) return false;
       }
     }
     return true;
   }
 
+  std::string_view PayloadOf(const Object& object) const {
+    return bytes_.substr(object.offset, object.size_bytes);
+  }
+
   bool TakesReference(uint64_t target, bool is_key) {
     const Object& object = objects_[target];
-    if (is_key && !IsText(object)) return false;
+    if (is_key && (!IsText(object) || object.count == 0)) return false;
     if (IsContainer(object)) {
       if (referred_[target]) return false;
       referred_[target] = true;

@@ -182,12 +182,13 @@ TEST(BinaryShape, RefusesOddWidthsAndKinds) {
   EXPECT_FALSE(IsSoundBinaryPropertyList(Changed(31, 9)));
   EXPECT_FALSE(IsSoundBinaryPropertyList(Changed(32, 0)));
   EXPECT_FALSE(IsSoundBinaryPropertyList(Changed(32, 9)));
-  for (const char mark : {'\x00', '\x0f', '\x15', '\x21', '\x32', '\x70', '\x82', '\xc1', '\xe0'}) {
+  for (const char mark : {'\x00', '\x0f', '\x15', '\x21', '\x32', '\x70', '\x80', '\xc1', '\xe0'}) {
     EXPECT_FALSE(IsSoundBinaryPropertyList(Changed(13, mark))) << +mark;
   }
 }
 
 TEST(BinaryShape, RefusesAKeyThatIsNoText) {
+  EXPECT_FALSE(IsSoundBinaryPropertyList(Changed(11, '\x50')));
   EXPECT_FALSE(IsSoundBinaryPropertyList(Changed(9, 2)));
 }
 
@@ -203,6 +204,25 @@ TEST(BinaryShape, RefusesTextThatIsNone) {
     alone[offset == 16 ? 18 : 16] = '\xd8';
     EXPECT_FALSE(IsSoundBinaryPropertyList(alone)) << offset;
   }
+}
+
+// Two pairs instead of one: {"a": -5, KEY: -5} with the second key's object given.
+std::string TwoPairs(char second_key) {
+  std::string list = SmallBinary();
+  list.replace(8, 3, std::string("\xd2\x01", 2) + second_key + "\x02\x02");
+  list.replace(13, 2, "\x51\x61\x51\x62");                  // "a" at 13, "b" at 15
+  list.replace(26, 3, std::string("\x08\x0d\x11\x0f", 4));  // -5 at 17
+  list[45] = 4;                                             // objects
+  list[61] = 26;                                            // where the offsets begin
+  return list;
+}
+
+TEST(BinaryShape, RefusesTwoValuesForOneKey) {
+  EXPECT_TRUE(IsSoundBinaryPropertyList(TwoPairs(3)));
+  EXPECT_FALSE(IsSoundBinaryPropertyList(TwoPairs(1)));
+  std::string equal = TwoPairs(3);
+  equal[16] = 'a';
+  EXPECT_FALSE(IsSoundBinaryPropertyList(equal));
 }
 
 TEST(BinaryShape, RefusesSharedContainersAndCycles) {

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "platform/foundation/autorelease.h"
+#include "platform/foundation/serialization.h"
 #include "platform/platform.h"
 #include "platform/property_file.h"
 #include "platform/property_shape.h"
@@ -11,23 +12,11 @@
 namespace zr7700::platform {
 namespace {
 
-NSData* DataOf(const std::string& bytes) {
-  return [NSData dataWithBytes:bytes.data() length:bytes.size()];
-}
-
 // The list with mutable containers; nil when the file holds none.
 id ReadList(const char* path) {
   std::string bytes;
   if (!ReadPropertyFile(path, bytes) || !SettlePropertyList(bytes)) return nil;
-  @try {
-    return [NSPropertyListSerialization
-        propertyListWithData:DataOf(bytes)
-                     options:NSPropertyListMutableContainersAndLeaves
-                      format:nullptr
-                       error:nullptr];
-  } @catch (NSException*) {
-    return nil;
-  }
+  return zr7700_ParsePropertyList([NSData dataWithBytes:bytes.data() length:bytes.size()]);
 }
 
 bool IsDictionary(id list) { return [list isKindOfClass:[NSDictionary class]]; }
@@ -63,19 +52,6 @@ bool NumberOf(id object, int32_t& value) {
   return true;
 }
 
-// The list as XML; empty when Foundation does not write it.
-std::string XmlOf(id list) {
-  @try {
-    NSData* xml = [NSPropertyListSerialization dataWithPropertyList:list
-                                                             format:NSPropertyListXMLFormat_v1_0
-                                                            options:0
-                                                              error:nullptr];
-    return std::string(static_cast<const char*>([xml bytes]), [xml length]);
-  } @catch (NSException*) {
-    return "";
-  }
-}
-
 }  // namespace
 
 Lookup ReadPropertyNumber(const char* path, const char* key, int32_t& value) {
@@ -104,8 +80,9 @@ bool WritePropertyNumber(const char* path, const char* key, int32_t value) {
     NSString* name = [NSString stringWithUTF8String:key];
     if (name == nil || !IsDictionary(list)) return false;
     [list setObject:[NSNumber numberWithInt:value] forKey:name];
-    const std::string xml = XmlOf(list);
-    if (!xml.empty()) ReplacePropertyFile(path, xml);
+    NSData* xml = zr7700_XmlOfPropertyList(list);
+    if (xml == nil) return true;
+    ReplacePropertyFile(path, std::string(static_cast<const char*>([xml bytes]), [xml length]));
     return true;
   });
 }
