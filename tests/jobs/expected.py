@@ -330,7 +330,7 @@ class Model:
             self.log.append(f"      {label} FAILED - ({result})")
             self.properties_good = False
         else:
-            self.log.append(f"      {label} = ({arguments[-1]})")
+            self.log.append(f"      {label} = ({i32(arguments[-1])})")
 
     def _direction(self):
         word, slot1, slot2 = ("BIDI", "0", "0") if self.bidi else ("UNI", "2", "1")
@@ -342,8 +342,9 @@ class Model:
     def _properties(self, f):
         self.properties_good = True
         across, down = f["HWResolution"]
-        width, height = i32(f["cupsWidth"]), f["cupsHeight"]
-        narrow = quotient(width, across) < 2
+        width, height = i32(f["cupsWidth"]), i32(f["cupsHeight"])
+        two_inches = i32(2 * across)
+        narrow = quotient(width, i32(across)) < 2
         self.log.append("   SetHPEProperties: Printing with the following FERRO settings")
         self._direction()
         self._property("SetInputResolution", "SetHorzInputResolution", 0, across)
@@ -351,16 +352,16 @@ class Model:
         margin = self._left_margin(across)
         if narrow:
             self.log.append(f"      Left Margin = ({margin})")
-            margin -= 2 * across - width
+            margin = i32(margin - (two_inches - width))
             self.log.append(f"      Changing LeftMargin to ({margin}) because of printer "
                             "limitation")
         self._property("SetLeftMargin", "SetLeftMargin", margin)
         self._property("SetTopMargin", "SetTopMargin", max(self.top_offset, 0))
-        self._property("SetPhysicalWidth", "SetPhysicalWidth", across * 5100 // 600)
+        self._property("SetPhysicalWidth", "SetPhysicalWidth", u32(across * 5100) // 600)
         if narrow:
             self.log += [f"      Print Width = ({width})",
-                         f"      Changing Width to ({2 * across}) because of printer limitation"]
-            width = 2 * across
+                         f"      Changing Width to ({two_inches}) because of printer limitation"]
+            width = two_inches
         self._property("SetPrintableWidth", "SetPrintableWidth", width)
         self._property("SetPrintableHeight", "SetPrintableHeight", height)
         self._cartridges()

@@ -51,8 +51,9 @@ class Geometry:
         self.ring_width = u16(self.right - self.left)
         self.ring_height = u16(self.bottom - self.top)
         self.hole_radius = u16(u32(u16(inner_diameter) * 300) // 254)
+        self.hole = u16(2 * self.hole_radius)
         self.outer = max(self.ring_width, self.ring_height)
-        self.valid = self.outer <= MAX_DOTS and self.outer >= 2 * self.hole_radius
+        self.valid = self.hole <= self.outer <= MAX_DOTS
         self.table = self._table() if self.valid else None
 
     def _table(self):
@@ -79,7 +80,7 @@ class Geometry:
             at += 1
 
     def _fill_inner(self, inner):
-        hole = 2 * self.hole_radius
+        hole = self.hole
         at = (u16(self.height - hole) + 1) // 2
         for a in range(hole, 0, -2):
             if at < TABLE_ENTRIES:

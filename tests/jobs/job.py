@@ -47,6 +47,7 @@ class Job:
     settings: a dictionary, raw bytes for the file, or None for no file.
     pages: raster.Page list, or raw bytes for the whole stream.
     script: engine actions as {(entry, call): [(action, argument), ...]}; call may be "*".
+    input, output: descriptors in the place of standard input and output; input "closed" for none.
     prepare: called with the sandbox just before the start. actions: called with the job, in a
     thread of its own, once it runs.
     """
@@ -73,6 +74,7 @@ class Job:
     actions: object = None
     limit: float = 90.0
     input: object = None
+    output: object = None
 
     def __post_init__(self):
         self.sandbox = sandbox.Sandbox()
@@ -140,6 +142,8 @@ class Job:
                  for (entry, call), steps in self.script.items() for action, argument in steps]
         (bench / "script").write_text("".join(lines))
         (bench / "raster").write_bytes(self.stream())
+        # PPD, options and raster stream live until the process ends, on purpose.
+        (bench / "leaks").write_text("leak:libcups.so\n")
 
     def letter(self):
         return chr(self.record[98])
@@ -162,7 +166,8 @@ class Job:
     def _environment(self):
         out = {"PPD": "/bench/job.ppd", "LANG": "C",
                "ZR7700_ENGINE_TRACE": "/bench/trace", "ZR7700_ENGINE_PIXELS": "/bench/pixels",
-               "ZR7700_ENGINE_SCRIPT": "/bench/script"}
+               "ZR7700_ENGINE_SCRIPT": "/bench/script",
+               "LSAN_OPTIONS": "suppressions=/bench/leaks:print_suppressions=0"}
         out.update(self.environment)
         return out
 
@@ -198,8 +203,11 @@ class Job:
         bench = self.sandbox.bench
         with open(bench / "raster", "rb") as source, open(bench / "out", "wb") as out, \
                 open(bench / "err", "wb") as err:
-            stdin = source.fileno() if self.input is None else self.input
-            descriptors = {0: stdin, 1: out.fileno(), 2: err.fileno()}
+            stdin = source.fileno() if self.input in (None, "closed") else self.input
+            stdout = out.fileno() if self.output is None else self.output
+            descriptors = {0: stdin, 1: stdout, 2: err.fileno()}
+            if self.input == "closed":
+                del descriptors[0]
             if machine is not None:
                 os.set_blocking(machine.filter_end, self.channel == "blocking")
                 descriptors[3] = machine.filter_end
@@ -235,6 +243,7 @@ class Result:
         self.status = status
         self.seconds = seconds
         self.seconds_after_cancel = seconds_after_cancel
+        self.processor_seconds = job.process.processor_seconds
         self.stdout = _read(bench / "out")
         self.stderr = _read(bench / "err").decode("utf-8", "replace")
         self.pixels = _read(bench / "pixels")

@@ -22,7 +22,7 @@ SHARED_MEMORY = "TessaryZR7700PrinterMMap"
 
 _SYSTEM = ["usr", "bin", "sbin", "lib", "lib32", "lib64", "libx32", "etc", "proc", "opt"]
 _DEVICES = ["null", "zero", "full", "random", "urandom"]
-_PASSED_ON = ("ASAN_OPTIONS", "UBSAN_OPTIONS", "TSAN_OPTIONS", "LSAN_OPTIONS", "GCOV_PREFIX",
+_PASSED_ON = ("ASAN_OPTIONS", "UBSAN_OPTIONS", "TSAN_OPTIONS", "GCOV_PREFIX",
               "GCOV_PREFIX_STRIP", "LLVM_PROFILE_FILE", "TZ")
 
 
@@ -99,6 +99,7 @@ class Process:
         for fd in list(moved.values()) + [info, info_write]:
             os.close(fd)
         self.status = None
+        self.processor_seconds = 0.0
         self.pid = self._child_pid(info_read)
 
     @staticmethod
@@ -123,9 +124,10 @@ class Process:
         then killed)."""
         deadline = time.monotonic() + seconds
         while self.status is None and time.monotonic() < deadline:
-            done, raw = os.waitpid(self._bwrap, os.WNOHANG)
+            done, raw, usage = os.wait4(self._bwrap, os.WNOHANG)
             if done:
                 self.status = os.waitstatus_to_exitcode(raw)
+                self.processor_seconds = usage.ru_utime + usage.ru_stime
                 return self.status
             time.sleep(0.01)
         self.signal(signal.SIGKILL)

@@ -33,7 +33,11 @@ def test_every_quality_with_every_medium(cartridge):
                                     ("OuterMargin", "-3"), ("OuterMargin", "10"),
                                     ("InnerDiameter", "0"), ("Bidi", "yes"),
                                     ("ColorMatching", "bestforphotos"),
-                                    ("Saturation", "90x"), ("OuterMargin", "x")])
+                                    ("Saturation", "90x"), ("OuterMargin", "x"),
+                                    # 600 times this leaves 32 bits.
+                                    ("OuterMargin", "9999999"), ("OuterMargin", "-2147483648"),
+                                    # The hole's diameter keeps 16 bits: 65540 becomes 4.
+                                    ("InnerDiameter", "27746"), ("InnerDiameter", "65536")])
 def test_one_choice_alone(choice):
     compare.run(Job(choices=dict(CHOICES, **dict([choice]))))
 

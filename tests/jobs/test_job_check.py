@@ -56,6 +56,22 @@ def test_an_error_is_said_again_on_every_pass():
     assert result.stderr.count("ERROR: recoverable: The Color cartridge is missing!") == 3
 
 
+def test_an_error_before_the_second_page_holds_that_page():
+    bad = record.record(cartridge=0x25, letter26="H")
+    good = record.record(letter26="I", align6=99)
+
+    def plan(p):
+        p.fresh(GOOD, until=p.trace("HPEEndPage"))
+        p.drop()
+        p.fresh(bad, until=p.log("#### In Error Retry", times=2))
+        p.drop()
+        p.fresh(good)
+
+    job = Job(pages=[pages.small(), pages.small()], plan=plan, settings={"OutputDest": 7})
+    result = compare.run(job, checks={1: [bad, bad, good]})
+    assert (result.stdout[5], result.stdout[16 + 5]) == (7, 1)
+
+
 def test_one_error_gives_way_to_another():
     missing, align = record.record(cartridge=0x25), record.record(align=1)
 
@@ -151,6 +167,7 @@ def test_a_first_check_gives_up_after_sixteen_failed_reads():
         assert result.stderr == STATES_WITHDRAWN
         assert result.calls == [] and result.loaded == []
         assert result.seconds > 45
+        assert result.processor_seconds < 5, "a silent printer must not burn a processor"
 
     run_together([lambda: one(silent, "pipe"), lambda: one(silent, "blocking"),
                   lambda: one(gone, "pipe"), lambda: one(None, "closed"),

@@ -1,0 +1,98 @@
+"""Standard input and output that misbehave."""
+
+import os
+import signal
+import threading
+import time
+
+import pytest
+
+import compare
+import pages
+import raster
+from expected import Model
+from job import Job
+
+
+def slow_pipe(raw, piece, pause):
+    """A pipe that a thread fills bit by bit."""
+    read_end, write_end = os.pipe()
+
+    def fill():
+        try:
+            for at in range(0, len(raw), piece):
+                os.write(write_end, raw[at:at + piece])
+                time.sleep(pause)
+        except BrokenPipeError:
+            pass
+        os.close(write_end)
+
+    threading.Thread(target=fill, daemon=True).start()
+    return read_end
+
+
+@pytest.mark.parametrize("version", [2, 3])
+def test_a_raster_that_trickles_in(version):
+    raw = raster.stream([pages.small(), pages.small(50, 60)], version)
+    end = slow_pipe(raw, 997, 0.02)
+    job = Job(input=end, pages=[pages.small(), pages.small(50, 60)], version=version)
+    compare.run(job)
+    os.close(end)
+
+
+def test_no_standard_input_is_a_job_without_a_page():
+    result = Job(input="closed").run()
+    assert result.status == 1
+    assert result.log[-1] == "     No pages found!"
+
+
+def test_a_folder_for_a_raster_file_is_a_job_without_a_page():
+    result = Job(arguments=["1", "u", "t", "1", "", "/bench"]).run()
+    assert result.status == 1
+    assert result.log[-1] == "     No pages found!"
+
+
+def test_a_full_disk_behind_standard_output_is_not_noticed():
+    with open("/dev/full", "wb") as full:
+        job = Job(output=full.fileno())
+        result = job.run()
+    model = Model(job.pages, job.choices).run()
+    assert result.status == 0 and result.calls == model.calls
+
+
+def test_a_backend_that_died_ends_the_job_at_the_first_write():
+    read_end, write_end = os.pipe()
+    os.close(read_end)
+    result = Job(output=write_end, pages=[pages.small()] * 5, limit=30).run()
+    os.close(write_end)
+    assert result.status in (0, 128 + signal.SIGPIPE, -signal.SIGPIPE)
+    assert result.seconds < 25
+
+
+def test_a_fifo_for_a_raster_file_waits_for_its_writer():
+    def prepare(sandbox):
+        os.mkfifo(sandbox.bench / "fifo")
+
+    def actions(job):
+        if job.until_log("SETUP_END"):
+            time.sleep(0.5)
+            (job.sandbox.bench / "fifo").write_bytes(raster.stream([pages.small()]))
+
+    compare.run(Job(arguments=["1", "u", "t", "1", "", "/bench/fifo"], prepare=prepare,
+                    actions=actions))
+
+
+def test_a_fifo_without_a_writer_can_be_cancelled():
+    def prepare(sandbox):
+        os.mkfifo(sandbox.bench / "fifo")
+
+    def actions(job):
+        if job.until_log("SETUP_END"):
+            time.sleep(0.5)
+            job.terminate()
+
+    result = Job(arguments=["1", "u", "t", "1", "", "/bench/fifo"], prepare=prepare,
+                 actions=actions, limit=30).run()
+    assert result.status == 1
+    assert result.seconds_after_cancel < 12
+    assert not result.shared_memory_left
