@@ -1,0 +1,244 @@
+#!/usr/bin/env python3
+"""Prints labels on the virtual printer and tells where the pictures of the discs are.
+
+./demo runs this once everything is built. Standard library only.
+"""
+
+import argparse
+import errno
+import fcntl
+import json
+import os
+import re
+import shutil
+import signal
+import sys
+import tempfile
+import time
+
+import demo_label
+import demo_options
+from demo_chain import Chain, Job
+from demo_label import Refused
+
+TOP = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+EXAMPLES = ("labels/concert.pdf", "labels/lake.png")
+ROOM_MIB = 60  # what a job writes at most, before and besides its pictures
+MOST_DISCS = 25
+USAGE = """./demo [LABEL ...] [-o NAME=VALUE]... [--cartridge LETTER] [--discs NUMBER]
+
+Prints labels (PDF, PNG, JPEG, TIFF, GIF) on the virtual disc printer and ends with the path of the
+disc's picture. Without a label it prints both examples of labels/.
+
+  -o NAME=VALUE       an option of the printer, such as PrintQuality=Quality3 or
+                      InnerDiameter=460; several -o are fine (a wrong one names the right ones)
+  --cartridge LETTER  Q or P: the engine family Granite; U or V: Heron (Q)
+  --discs NUMBER      copies of each label, 1 to 25 (1)
+"""
+
+
+class Parser(argparse.ArgumentParser):
+    def error(self, message):
+        raise Refused(f"{message[:1].upper()}{message[1:]}; ./demo --help tells what there is.")
+
+
+def read_arguments(words):
+    parser = Parser(prog="demo", usage=USAGE, add_help=False, allow_abbrev=False)
+    parser.add_argument("labels", nargs="*")
+    parser.add_argument("-o", dest="options", action="append", default=[])
+    parser.add_argument("--cartridge", default="Q")
+    parser.add_argument("--discs", default="1")
+    parser.add_argument("--build")
+    parser.add_argument("--check-arguments", action="store_true")
+    parser.add_argument("-h", "--help", action="store_true")
+    arguments = parser.parse_intermixed_args(words)
+    if arguments.cartridge not in ("Q", "P", "U", "V"):
+        raise Refused(f'There is no cartridge "{arguments.cartridge}"; it can be Q, P, U or V.')
+    if not arguments.discs.isdigit() or not 1 <= int(arguments.discs) <= MOST_DISCS:
+        raise Refused(f'The number of discs can be 1 to {MOST_DISCS}, not "{arguments.discs}".')
+    arguments.discs = int(arguments.discs)
+    arguments.options = demo_options.parse(arguments.options)
+    if not arguments.labels:
+        arguments.labels = [os.path.join(TOP, example) for example in EXAMPLES]
+    return arguments
+
+
+def need_room(folder):
+    free = shutil.disk_usage(folder).free >> 20
+    if free < ROOM_MIB:
+        raise Refused(f"There is no room on the disk: {ROOM_MIB} MiB are needed at {folder}, "
+                      f"{free} MiB are free; delete something and try again.")
+
+
+class Progress:
+    """One line that grows (or, on a terminal, is written over) while a label is printed."""
+
+    def __init__(self, name, discs):
+        self._name, self._discs = name, discs
+        self._terminal = sys.stdout.isatty()
+        self._shown = None
+        if not self._terminal:
+            print(f"Printing {name}:", end="", flush=True)
+
+    def __call__(self, page, percent):
+        step = (page, percent if self._terminal else percent // 25 * 25)
+        if step == self._shown:
+            return
+        self._shown = step
+        disc = f" disc {page} of {self._discs}," if self._discs > 1 else ""
+        if self._terminal:
+            filled = "#" * (percent // 4)
+            print(f"\rPrinting {self._name}:{disc} [{filled:<25}] {percent:3d} %", end="",
+                  flush=True)
+        elif step[1] > 0:
+            print(f"{disc} {step[1]} %", end="", flush=True)
+
+    def end(self):
+        print(flush=True)
+
+
+class Demo:
+    def __init__(self, arguments):
+        self.arguments = arguments
+        self.build = os.path.abspath(arguments.build)
+        self.ppd = os.path.join(self.build, "ppd/zr7700.ppd")
+        self.root = os.path.join(self.build, "root")
+        self.discs = os.path.join(self.build, "discs")
+        self.log = os.path.join(self.root, "Library/Caches/ZR7700Filter.log")
+        ppd = demo_options.PpdOptions(self.ppd)
+        ppd.check(arguments.options)
+        self.options = ppd.settle(arguments.options)
+        self.quality = self.options.get("PrintQuality", ppd.defaults["PrintQuality"])
+        for folder in (self.discs, os.path.dirname(self.log),
+                       os.path.join(self.root, "var/tmp/tessary")):
+            os.makedirs(folder, exist_ok=True)
+
+    def lock(self):
+        """The log, the shared memory and the ini files are one job's at a time."""
+        self._lock = open(os.path.join(self.build, "demo.lock"), "w", encoding="ascii")
+        try:
+            fcntl.flock(self._lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
+        except BlockingIOError:
+            raise Refused("Another ./demo is printing; wait until it is done.") from None
+
+    def print_label(self, label, label_type):
+        need_room(self.discs)
+        name = re.sub(r"[^\w.-]", "_", os.path.splitext(os.path.basename(label))[0]).lstrip(".")
+        with tempfile.TemporaryDirectory(prefix="job-", dir=self.build) as folder:
+            started = time.monotonic()
+            report, messages = self._run(folder, label, label_type, name or "label")
+            self._keep_pictures(folder, report, name or "label")
+        tell_report(report, messages, self.quality, time.monotonic() - started)
+
+    def _run(self, folder, label, label_type, name):
+        if os.path.exists(self.log):
+            os.remove(self.log)
+        report = os.path.join(folder, "report.json")
+        printer = [os.path.join(self.build, "zr7700-printer"), "--out", folder, "--name", name,
+                   "--report", report, "--cartridge", self.arguments.cartridge]
+        job = Job(label, label_type, self.options, self.arguments.discs, self.ppd,
+                  [os.path.join(self.build, "rastertoZR7700")], self.log)
+        progress = Progress(os.path.basename(label), self.arguments.discs)
+        chain = Chain(job, printer, folder)
+        try:
+            chain.run(progress)
+        finally:
+            chain.stop()
+            progress.end()
+        return self._read_report(report, chain), chain.errors("rastertoZR7700")
+
+    def _read_report(self, path, chain):
+        try:
+            with open(path, encoding="utf-8") as file:
+                report = json.load(file)
+        except (OSError, ValueError):
+            report = {"errors": [chain.errors("zr7700-printer").strip()], "discs": []}
+        if any(os.strerror(errno.ENOSPC) in error for error in report["errors"]):
+            raise OSError(errno.ENOSPC, "")
+        wrong = report["errors"] + [violation["text"] for violation in report.get("violations", [])]
+        if wrong or not report["discs"]:
+            raise Refused("The printer could not make a disc of what it got "
+                          f"({(wrong or ['nothing came'])[0]}); look into {self.log}.")
+        return report
+
+    def _keep_pictures(self, folder, report, name):
+        """Pictures appear among the discs whole and all at once, in the place of older ones."""
+        for old in os.listdir(self.discs):
+            if re.fullmatch(re.escape(name) + r"-\d+(-small)?\.png", old):
+                os.remove(os.path.join(self.discs, old))
+        for disc in report["discs"]:
+            for kind in ("picture", "small_picture"):
+                kept = os.path.join(self.discs, os.path.basename(disc[kind]))
+                os.rename(os.path.join(folder, os.path.basename(disc[kind])), kept)
+                disc[kind] = kept
+
+
+def ink_text(discs):
+    inks = ("cyan", "magenta", "yellow")
+    used = {ink: sum(disc["ink_picolitres"][ink] for disc in discs) / 1e6 for ink in inks}
+    parts = ", ".join(f"{ink} {used[ink]:.1f}" for ink in inks)
+    return f"{sum(used.values()):.1f} microlitres ({parts})"
+
+
+def status_lines(messages):
+    """The filter's words to the print system, each once, with how often it was said."""
+    found = {}
+    for line in re.findall(r"(?:STATE|ERROR): .*", messages):
+        found[line] = found.get(line, 0) + 1
+    return [line if count == 1 else f"{line}  ({count} times)" for line, count in found.items()]
+
+
+def tell_report(report, messages, quality, seconds):
+    discs = report["discs"]
+    for disc in discs:
+        print(f"  disc     {disc['small_picture']}\n           {disc['picture']} (every dot)")
+    drops = sum(count for disc in discs for sizes in disc["drops"].values()
+                for count in sizes.values())
+    first = discs[0]
+    print(f"  pages    {report['pages']}, {first['resolution_dpi']} dpi, {quality}, "
+          f"engine family {first['family']}, {first['passes']} passes")
+    print(f"  dots     {drops:,} drops in {report['stream_bytes']:,} bytes")
+    print(f"  ink      {ink_text(discs)}")
+    lines = status_lines(messages)
+    print(f"  status   {report['records_sent']} records from the printer; the filter reported:")
+    for line in lines or ["nothing"]:
+        print(f"           {line}")
+    print(f"  time     {seconds:.1f} s")
+
+
+def print_all(arguments):
+    types = [demo_label.label_type(label) for label in arguments.labels]
+    if arguments.check_arguments:
+        return
+    for label, label_type in zip(arguments.labels, types):
+        if label_type == "application/pdf":
+            demo_label.check_pdf(label)
+    demo = Demo(arguments)
+    demo.lock()
+    for label, label_type in zip(arguments.labels, types):
+        demo.print_label(label, label_type)
+
+
+def main():
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(143))
+    try:
+        arguments = read_arguments(sys.argv[1:])
+        if arguments.help:
+            print("Usage: " + USAGE, end="")
+            return 0
+        print_all(arguments)
+        return 0
+    except Refused as refusal:
+        print(f"demo: {refusal}", file=sys.stderr)
+    except OSError as error:
+        if error.errno != errno.ENOSPC:
+            raise
+        print("demo: There is no room on the disk for the picture; delete something and try again.",
+              file=sys.stderr)
+    except KeyboardInterrupt:
+        return 130
+    return 1
+
+
+if __name__ == "__main__":
+    sys.exit(main())
