@@ -22,6 +22,10 @@ struct ColorCase {
   int color;
 };
 
+std::ostream& operator<<(std::ostream& out, const ColorCase& color_case) {
+  return out << color_case.family << " " << color_case.table << " media " << color_case.media;
+}
+
 class EngineColorTest : public ::testing::TestWithParam<ColorCase> {
  protected:
   Family family() const { return static_cast<Family>(GetParam().family.letter); }

@@ -1,5 +1,6 @@
 // The built libraries through their public interface: the order of calls and the answers.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <array>
 #include <filesystem>
@@ -99,7 +100,7 @@ TEST_P(EngineOrderTest, RefusesMissingPathsAndCallback) {
 TEST_P(EngineOrderTest, RefusesBrokenColorTables) {
   ASSERT_EQ(host_.Initialize(), kOk);
   const std::filesystem::path scratch =
-      std::filesystem::temp_directory_path() / ("broken_table_" + std::string(GetParam().code));
+      std::filesystem::temp_directory_path() / ("broken_table_" + std::to_string(getpid()));
   EXPECT_EQ(host_.StartDocument("/nonexistent/table"), kBadColorTable);
   EXPECT_EQ(host_.StartDocument(std::filesystem::temp_directory_path()), kBadColorTable);
   std::ofstream(scratch) << "";

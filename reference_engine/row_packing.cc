@@ -35,22 +35,36 @@ uint8_t* EscapeBytes(const uint8_t* bytes, size_t count, uint8_t* out) {
   return out;
 }
 
-uint64_t Load64(const uint8_t* bytes) {
-  uint64_t value = 0;
-  std::memcpy(&value, bytes, sizeof value);
-  return value;
+// Written out byte by byte so that the order does not depend on the host; compilers make one load
+// of it.
+uint32_t Load32(const uint8_t* bytes) {
+  return bytes[0] | uint32_t{bytes[1]} << 8 | uint32_t{bytes[2]} << 16 | uint32_t{bytes[3]} << 24;
 }
+uint64_t Load64(const uint8_t* bytes) { return Load32(bytes) | uint64_t{Load32(bytes + 4)} << 32; }
 
+// Four levels, the first one highest: the product moves level i from bit 8i to bit 30 - 2i, and all
+// its other terms fall below bit 24 or out.
 uint8_t PackFour(const uint8_t* levels) {
-  return static_cast<uint8_t>(levels[0] << 6 | levels[1] << 4 | levels[2] << 2 | levels[3]);
+  return static_cast<uint8_t>(Load32(levels) * 0x40100401U >> 24);
 }
 
-// Bit `bit` of eight levels, the first level lowest.
+// Bit `bit` of eight levels, the first level lowest: the product moves bit 8i to bit 56 + i.
 uint8_t PackEight(const uint8_t* levels, int bit) {
-  uint8_t packed = 0;
-  for (int i = 0; i < 8; ++i) packed = static_cast<uint8_t>(packed | ((levels[i] >> bit & 1) << i));
-  return packed;
+  const uint64_t bits = Load64(levels) >> bit & 0x0101010101010101U;
+  return static_cast<uint8_t>(bits * 0x0102040810204080U >> 56);
 }
+
+// True when one of the eight bytes is 0; true by mistake only above a byte that is.
+bool HasZeroByte(uint64_t bytes) {
+  return ((bytes - 0x0101010101010101U) & ~bytes & 0x8080808080808080U) != 0;
+}
+
+// Whether one of the eight bytes at `at` begins three equal ones, or two zeros; reads ten bytes.
+bool BeginsTriple(const uint8_t* at) {
+  const uint64_t next = Load64(at + 1);
+  return HasZeroByte((Load64(at) ^ next) | (next ^ Load64(at + 2)));
+}
+bool BeginsZeroPair(const uint8_t* at) { return HasZeroByte(Load64(at) | Load64(at + 1)); }
 
 void AppendLiterals(std::span<const uint8_t> bytes, std::vector<uint8_t>* out) {
   while (!bytes.empty()) {
@@ -68,41 +82,55 @@ size_t RunLength(std::span<const uint8_t> bytes, size_t begin) {
   return end - begin;
 }
 
-void AppendGraniteRun(uint8_t byte, size_t length, std::vector<uint8_t>* out) {
-  while (length >= 2) {
-    const size_t count = std::min<size_t>(length, 128);
-    out->push_back(static_cast<uint8_t>(257 - count));
-    out->push_back(byte);
-    length -= count;
+struct GraniteCode {
+  bool MayBeginRun(const uint8_t* at) const { return BeginsTriple(at); }
+  bool IsWorthARun(uint8_t /*byte*/, size_t length) const { return length >= kShortestRun; }
+  void AppendRun(uint8_t byte, size_t length, std::vector<uint8_t>* out) const {
+    while (length >= 2) {
+      const size_t count = std::min<size_t>(length, 128);
+      out->push_back(static_cast<uint8_t>(257 - count));
+      out->push_back(byte);
+      length -= count;
+    }
+    if (length == 1) out->insert(out->end(), {0x00, byte});
   }
-  if (length == 1) out->insert(out->end(), {0x00, byte});
-}
+};
 
-void AppendHeronRun(uint8_t byte, size_t length, std::vector<uint8_t>* out) {
-  const size_t longest = byte == 0 ? 64 : 65;
-  while (length >= 2 || (length == 1 && byte == 0)) {
-    const size_t count = std::min(length, longest);
-    if (byte == 0) {
-      out->push_back(static_cast<uint8_t>(0x80 + count - 1));
-    } else {
+struct HeronCode {
+  bool MayBeginRun(const uint8_t* at) const { return BeginsTriple(at) || BeginsZeroPair(at); }
+  bool IsWorthARun(uint8_t byte, size_t length) const {
+    return length >= (byte == 0 ? kShortestZeroRun : kShortestRun);
+  }
+  void AppendRun(uint8_t byte, size_t length, std::vector<uint8_t>* out) const {
+    if (byte == 0) return AppendZeros(length, out);
+    while (length >= 2) {
+      const size_t count = std::min<size_t>(length, 65);
       out->push_back(static_cast<uint8_t>(0xC0 + count - 2));
       out->push_back(byte);
+      length -= count;
     }
-    length -= count;
+    if (length == 1) out->insert(out->end(), {0x00, byte});
   }
-  if (length == 1) out->insert(out->end(), {0x00, byte});
-}
+  static void AppendZeros(size_t length, std::vector<uint8_t>* out) {
+    for (; length > 0; length -= std::min<size_t>(length, 64))
+      out->push_back(static_cast<uint8_t>(0x80 + std::min<size_t>(length, 64) - 1));
+  }
+};
 
-// The walk over runs and literals that both compressions share.
-template <typename WorthARun, typename AppendRun>
-void Compress(std::span<const uint8_t> bytes, WorthARun worth, AppendRun append_run,
-              std::vector<uint8_t>* out) {
+// The walk over runs and literals that both compressions share. A Code tells which runs are worth
+// one, whether any may begin in the next eight bytes, and how a run is written.
+template <typename Code>
+void Compress(std::span<const uint8_t> bytes, const Code& code, std::vector<uint8_t>* out) {
   size_t literals = 0;
   for (size_t i = 0; i < bytes.size();) {
+    if (i + 10 <= bytes.size() && !code.MayBeginRun(&bytes[i])) {
+      i += 8;
+      continue;
+    }
     const size_t run = RunLength(bytes, i);
-    if (worth(bytes[i], run)) {
+    if (code.IsWorthARun(bytes[i], run)) {
       AppendLiterals(bytes.subspan(literals, i - literals), out);
-      append_run(bytes[i], run, out);
+      code.AppendRun(bytes[i], run, out);
       literals = i + run;
     }
     i += run;
@@ -142,15 +170,11 @@ Drops FindDrops(std::span<const uint8_t> levels) {
 }
 
 void CompressGranite(std::span<const uint8_t> bytes, std::vector<uint8_t>* out) {
-  Compress(
-      bytes, [](uint8_t, size_t run) { return run >= kShortestRun; }, AppendGraniteRun, out);
+  Compress(bytes, GraniteCode(), out);
 }
 
 void CompressHeron(std::span<const uint8_t> bytes, std::vector<uint8_t>* out) {
-  const auto worth = [](uint8_t byte, size_t run) {
-    return run >= (byte == 0 ? kShortestZeroRun : kShortestRun);
-  };
-  Compress(bytes, worth, AppendHeronRun, out);
+  Compress(bytes, HeronCode(), out);
 }
 
 void RowPacker::Append(std::span<const uint8_t> levels, std::vector<uint8_t>* out) {
