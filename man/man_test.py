@@ -62,7 +62,7 @@ def test_settings_and_their_defaults():
 def test_every_path_is_documented():
     """Each path of the filter is named in FILES, itself or the folder that holds it."""
     text = re.sub(r"//.*", "", source("driver/paths.h"))
-    macros = {name: value for name, value in re.findall(r'#define (\w+) (ZR7700_ROOT "[^"]*")', text)}
+    macros = dict(re.findall(r'#define (\w+) (ZR7700_ROOT "[^"]*")', text))
     macros.update({"ZR7700_ROOT": '""', "ZR7700_SHM_PREFIX": '""'})
     values = re.findall(r'= ((?:(?:ZR7700_\w+|"[^"]*")\s*)+)[,;]', text)
     paths = {path for path in (expanded(value, macros) for value in values) if "/" in path}
@@ -79,7 +79,8 @@ def test_every_choice_of_the_ppd_is_documented():
                               re.M | re.S))
     drv = source("ppd/zr7700.drv")
     assert set(entries) == set(re.findall(r'Option "(\w+)/', drv)) | {"PageSize", "Resolution"}
-    for option, body in re.findall(r'Option "(\w+)/(.*?)(?=Option "|\nGroup|\nUIConstr)', drv, re.S):
+    bodies = re.findall(r'Option "(\w+)/(.*?)(?=Option "|\nGroup|\nUIConstr)', drv, re.S)
+    for option, body in bodies:
         for star, keyword in re.findall(r'^\s*(\*?)Choice "(\w+)/', body, re.M):
             plain = entries[option].replace("\\&", "")
             if option.startswith("S") and option != "Saturation" and keyword == "No":
@@ -87,6 +88,24 @@ def test_every_choice_of_the_ppd_is_documented():
             assert re.search(rf"\b{keyword}\b", plain), f"{option} {keyword}"
             if star and len(re.findall("Choice", body)) > 2:
                 assert re.search(rf"\b{keyword}\n\((?:\w+, )?the default", plain), option
+
+
+def test_every_option_of_the_virtual_printer_is_documented():
+    page = (HERE / "zr7700-printer.1").read_text(encoding="utf-8")
+    usage = re.findall(r'^    "  --([\w-]+) ', source("virtual_printer/main.cc"), re.M)
+    documented = re.findall(r"^\.It Fl Fl ([\w-]+)", page, re.M)
+    assert len(usage) == 11
+    assert documented == usage
+    assert re.findall(r"^\.Op Fl Fl ([\w-]+)", page, re.M) == usage
+
+
+def test_every_order_of_the_virtual_printer_is_documented():
+    page = (HERE / "zr7700-printer.1").read_text(encoding="utf-8")
+    words = re.findall(r'^    \{"(\w+)", "\w*", Verb::', source("virtual_printer/command.cc"), re.M)
+    phrases = {*words, "silence"}
+    documented = set(re.findall(r"^\.It Cm (\w+)", page, re.M)) - {"at", "on", "after"}
+    assert len(phrases) > 8
+    assert documented == phrases
 
 
 @pytest.mark.parametrize("name,sources", [

@@ -75,7 +75,7 @@ class Ppd:
         _cups.ppdClose(self._file)
 
     def options(self):
-        """{option keyword: (text, default keyword, {choice keyword: text})}, in the file's order."""
+        """{option keyword: (text, default keyword, {choice keyword: text})}, in their order."""
         found = {}
         option = _cups.ppdFirstOption(self._file)
         while option:
