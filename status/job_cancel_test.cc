@@ -1,0 +1,100 @@
+#include "status/job_cancel.h"
+
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+#include "status/cancel_signal.h"
+#include "status/status_memory.h"
+#include "status/status_thread.h"
+#include "status/test_memory.h"
+#include "status/test_printer.h"
+#include "status/test_process.h"
+#include "status/test_records.h"
+
+namespace zr7700 {
+namespace {
+
+using std::chrono::milliseconds;
+
+TEST(JobCancelledTest, IsFalseAtTheStart) { EXPECT_FALSE(JobCancelled()); }
+
+TEST(JobCancelledTest, IsTrueForGoodAfterTheSignal) {
+  test::InOwnProcess([] {
+    InstallCancelHandler();
+    EXPECT_FALSE(JobCancelled());
+    raise(SIGTERM);
+    EXPECT_TRUE(JobCancelled());
+    EXPECT_TRUE(JobCancelled());
+  });
+}
+
+TEST(JobCancelledTest, TheSignalAloneReleasesNothing) {
+  test::InOwnProcess([] {
+    const test::MemoryName name;
+    InstallCancelHandler();
+    ASSERT_TRUE(CreateStatusMemory(144));
+    raise(SIGTERM);
+    EXPECT_TRUE(test::LookAtMemory());
+    CloseStatusMemory();
+  });
+}
+
+TEST(JobCancelledTest, ReleasesTheStatusMemory) {
+  test::InOwnProcess([] {
+    const test::MemoryName name;
+    InstallCancelHandler();
+    ASSERT_TRUE(CreateStatusMemory(144));
+    EXPECT_FALSE(JobCancelled());
+    EXPECT_TRUE(test::LookAtMemory());
+    raise(SIGTERM);
+    EXPECT_TRUE(JobCancelled());
+    EXPECT_FALSE(test::LookAtMemory());
+  });
+}
+
+TEST(JobCancelledTest, StopsTheStatusThreadBeforeItReleasesTheMemory) {
+  test::InOwnProcess([] {
+    const test::MemoryName name;
+    InstallCancelHandler();
+    ASSERT_TRUE(CreateStatusMemory(144));
+    std::atomic<bool> reading = false;
+    std::atomic<bool> memory_at_end_of_read = false;
+    test::ScriptPrinter({MakeRecord()});
+    test::OnStatusRequest([&] {
+      reading = true;
+      std::this_thread::sleep_for(milliseconds(200));
+      memory_at_end_of_read = test::LookAtMemory().has_value();
+    });
+    ASSERT_TRUE(StartStatusThread(true));
+    while (!reading) std::this_thread::yield();
+    raise(SIGTERM);
+    EXPECT_TRUE(JobCancelled());
+    EXPECT_TRUE(memory_at_end_of_read);
+    EXPECT_FALSE(test::LookAtMemory());
+    const int requests = test::StatusRequests();
+    std::this_thread::sleep_for(milliseconds(900));  // longer than the thread's period
+    EXPECT_EQ(test::StatusRequests(), requests);
+  });
+}
+
+TEST(JobCancelledTest, LaterStopsAndReleasesAreTolerated) {
+  test::InOwnProcess([] {
+    const test::MemoryName name;
+    InstallCancelHandler();
+    test::ScriptPrinter({MakeRecord()});
+    ASSERT_TRUE(CreateStatusMemory(144));
+    ASSERT_TRUE(StartStatusThread(true));
+    raise(SIGTERM);
+    EXPECT_TRUE(JobCancelled());
+    StopStatusThread();
+    CloseStatusMemory();
+    EXPECT_TRUE(JobCancelled());
+  });
+}
+
+}  // namespace
+}  // namespace zr7700
