@@ -53,7 +53,7 @@ def check_pdf(path):
         raise Refused(f"The PDF {path} is encrypted and forbids printing; "
                       "save it without that restriction.")
     pages = re.search(r"^Pages: +(\d+)", done.stdout, re.M)
-    if pages and int(pages[1]) == 0 or "Page count" in done.stderr:
+    if pages and int(pages[1]) == 0 or "Invalid page count 0" in done.stderr:
         raise Refused(f"The PDF {path} has no pages; export it again with the label on a page.")
     if done.returncode != 0 or not pages:
         raise Refused(f"The PDF {path} is damaged; export it again.")

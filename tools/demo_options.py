@@ -62,9 +62,10 @@ class PpdOptions:
 
 
 def _known(word, words, complaint):
+    """Few words are all told, of many only the nearest."""
     if word in words:
         return
-    near = difflib.get_close_matches(word, words, 1)
+    near = difflib.get_close_matches(word, words, 1) if len(words) > 12 else []
     advice = f"did you mean {near[0]}?" if near else "it can be " + ", ".join(words) + "."
     raise Refused(f"{complaint}; {advice}")
 
