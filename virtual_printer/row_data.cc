@@ -58,8 +58,8 @@ std::string UnpackHeron(std::span<const uint8_t> packed, std::span<uint8_t> cell
   const auto low = packed.first(packed.size() / 2);
   const auto high = packed.last(packed.size() / 2);
   for (size_t i = 0; i < cells.size(); ++i) {
-    const unsigned low_bit = low[i / 8] >> (i % 8) & 1u;
-    const unsigned high_bit = high[i / 8] >> (i % 8) & 1u;
+    const int low_bit = low[i / 8] >> (i % 8) & 1;
+    const int high_bit = high[i / 8] >> (i % 8) & 1;
     cells[i] = static_cast<uint8_t>(high_bit << 1 | low_bit);
   }
   const size_t used_bits = cells.size() - 8 * (low.size() - 1);
