@@ -1,13 +1,9 @@
 #include "reference_engine/ink_line.h"
 
+#include "reference_engine/ink_line_paths.h"
+
 namespace zr7700::reference_engine {
 namespace {
-
-constexpr uint32_t kDitherMask = (1U << kTableStepShift) - 1;
-
-// Odd factors, so that each 8 neighbours across or down hold all 8 values.
-constexpr uint32_t kDitherPerColumn = 3;
-constexpr uint32_t kDitherPerLine = 5;
 
 uint32_t NodeIndex(const uint8_t* pixel, uint32_t dither) {
   const uint32_t red = (WidenInput(pixel[0]) + dither) >> kTableStepShift;
@@ -18,8 +14,8 @@ uint32_t NodeIndex(const uint8_t* pixel, uint32_t dither) {
 
 }  // namespace
 
-void LookUpInks(const uint8_t* pixels, const CellRun& run, const InkNode* nodes,
-                uint8_t* const codes[kPlanes]) {
+void LookUpInksPlain(const uint8_t* pixels, const CellRun& run, const InkNode* nodes,
+                     uint8_t* const codes[kPlanes]) {
   uint8_t* const cyan = codes[kCyan];
   uint8_t* const magenta = codes[kMagenta];
   uint8_t* const yellow = codes[kYellow];
@@ -33,6 +29,12 @@ void LookUpInks(const uint8_t* pixels, const CellRun& run, const InkNode* nodes,
     pixel += run.step * kPixelBytes;
     dither += run.step * kDitherPerColumn;
   }
+}
+
+void LookUpInks(const uint8_t* pixels, const CellRun& run, const InkNode* nodes,
+                uint8_t* const codes[kPlanes]) {
+  static const auto path = HasAvx2() ? LookUpInksAvx2 : LookUpInksPlain;
+  path(pixels, run, nodes, codes);
 }
 
 }  // namespace zr7700::reference_engine

@@ -5,6 +5,8 @@
 #include <array>
 #include <vector>
 
+#include "reference_engine/ink_line_paths.h"
+
 namespace zr7700::reference_engine {
 namespace {
 
@@ -22,7 +24,8 @@ std::vector<InkNode> ComplementTable() {
 struct Codes {
   std::array<std::vector<uint8_t>, kPlanes> planes;
 };
-Codes LookUp(const std::vector<uint8_t>& pixels, const CellRun& run) {
+Codes LookUp(const std::vector<uint8_t>& pixels, const CellRun& run,
+             decltype(&LookUpInks) path = LookUpInks) {
   static const std::vector<InkNode> table = ComplementTable();
   Codes codes;
   uint8_t* to[kPlanes];
@@ -30,7 +33,7 @@ Codes LookUp(const std::vector<uint8_t>& pixels, const CellRun& run) {
     codes.planes[plane].assign(run.cells + 1, 77);
     to[plane] = codes.planes[plane].data();
   }
-  LookUpInks(pixels.data(), run, table.data(), to);
+  path(pixels.data(), run, table.data(), to);
   return codes;
 }
 
@@ -59,23 +62,42 @@ TEST(InkLineTest, ColorsBetweenNodesComeOutOnAverage) {
   EXPECT_DOUBLE_EQ(sums[kYellow] / 512, 52);
 }
 
-TEST(InkLineTest, RunsOfColumnsAgreeWithTheWholeLine) {
-  std::vector<uint8_t> pixels(600 * 4);
+std::vector<uint8_t> NoiseLine(size_t pixels) {
+  std::vector<uint8_t> line(pixels * 4);
   uint32_t random = 7;
-  for (uint8_t& byte : pixels) {
+  for (uint8_t& byte : line) {
     random = random * 1664525 + 1013904223;
     byte = static_cast<uint8_t>(random >> 24);
   }
-  const Codes whole = LookUp(pixels, {3, 0, 1, 600});
+  return line;
+}
+
+TEST(InkLineTest, RunsOfColumnsAgreeWithTheWholeLine) {
+  const std::vector<uint8_t> pixels = NoiseLine(600);
+  const Codes whole = LookUp(pixels, {3, 0, 1, 600}, LookUpInksPlain);
   for (const uint32_t step : {1U, 2U, 4U, 8U})
     for (uint32_t cells = 0; cells <= 67; ++cells) {
-      const Codes run = LookUp(pixels, {3, 13, step, cells});
+      const Codes run = LookUp(pixels, {3, 13, step, cells}, LookUpInksPlain);
       for (size_t plane = 0; plane < kPlanes; ++plane) {
         for (uint32_t i = 0; i < cells; ++i)
           ASSERT_EQ(run.planes[plane][i], whole.planes[plane][13 + i * step]) << step << cells;
         EXPECT_EQ(run.planes[plane][cells], 77);
       }
     }
+}
+
+TEST(InkLineTest, TheFastPathEqualsThePlainOne) {
+  if (!HasAvx2()) GTEST_SKIP() << "this processor has no AVX2";
+  for (uint32_t cells = 0; cells <= 67; ++cells)
+    for (const uint32_t step : {1U, 2U, 4U, 8U})
+      for (uint32_t line = 0; line < 8; ++line) {
+        // Exactly as many pixels as the run needs, so that reading on would be seen.
+        const std::vector<uint8_t> pixels = NoiseLine(5 + cells * step);
+        const CellRun run = {line, 5, step, cells};
+        EXPECT_EQ(LookUp(pixels, run, LookUpInksAvx2).planes,
+                  LookUp(pixels, run, LookUpInksPlain).planes)
+            << cells << " " << step << " " << line;
+      }
 }
 
 }  // namespace
