@@ -15,6 +15,8 @@ constexpr size_t kFeed16ValueOffset = 103;
 
 template <size_t kBytes>
 uint8_t* Find(std::span<uint8_t> block, const uint8_t (&command)[kBytes]) {
+  // An empty block may have no address, and memmem wants one.
+  if (block.size() < kBytes) return nullptr;
   return static_cast<uint8_t*>(memmem(block.data(), block.size(), command, kBytes));
 }
 
