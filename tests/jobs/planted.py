@@ -21,4 +21,9 @@ def link_to_nowhere(path):
     path.symlink_to("/nowhere/at/all")
 
 
-ALL = [fifo, link_to_fifo, folder, link_to_nowhere]
+def link_to_endless(path):
+    """A file without an end."""
+    path.symlink_to("/dev/zero")
+
+
+ALL = [fifo, link_to_fifo, folder, link_to_nowhere, link_to_endless]

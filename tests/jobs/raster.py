@@ -1,4 +1,5 @@
-"""Writes CUPS raster streams: version 2 (compressed) and version 3 (uncompressed), either byte order.
+"""Writes CUPS raster streams: version 2 (compressed), versions 1 (with the old short header) and 3
+(both uncompressed), either byte order.
 
 Written from the format's description, so that the filter's reading is checked against something
 other than the library that it reads with.
@@ -107,10 +108,10 @@ def _compress(lines, unit):
 
 def stream(pages, version=3, order="<"):
     """A whole raster stream as bytes."""
-    sync = f"RaS{version}".encode()
+    sync = b"RaSt" if version == 1 else f"RaS{version}".encode()
     out = [sync if order == ">" else sync[::-1]]
     for page in pages:
-        out.append(header_bytes(page.fields, order))
+        out.append(header_bytes(page.fields, order)[:420 if version == 1 else HEADER_BYTES])
         if version == 2:
             out.append(_compress(page.lines, (page["cupsBitsPerPixel"] + 7) // 8))
         else:

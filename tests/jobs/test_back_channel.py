@@ -153,3 +153,62 @@ def test_a_printer_that_hangs_up_after_the_page():
     assert result.log[-2:] == ["Printer Status = ", "     Ready to print."]
 
 
+
+
+def test_a_drain_takes_exactly_the_records_that_it_announces():
+    """Sixty records at once, each with its own cartridge byte: the first read gives the first, and
+    the drain a second later takes the announced number of those behind it."""
+    def plan(p):
+        p.send(b"".join(record.record(cartridge=0x60 + k) for k in range(60)))
+        p.silence(until=p.log("#### In Error Retry", times=2))
+        p.drop()
+        p.fresh(GOOD)
+
+    result = Job(plan=plan).run()
+    assert result.status == 0
+    reads = [line for line in result.log if line.startswith("     Read 144")]
+    drains = [line for line in result.log
+              if line.startswith("ClearBackChannelBuffer times to read: ")]
+    count = int(drains[0].rsplit(" ", 1)[1])
+    assert 16 <= count <= 24
+    assert reads[0].endswith("cartridgeID: 0x60")
+    assert reads[1].endswith(f"cartridgeID: 0x{0x60 + count + 1:x}")
+
+
+def test_a_drain_that_finds_nothing_says_so():
+    def plan(p):
+        p.send(record.record(cartridge=0x25))
+        p.silence(until=p.log("ClearBackChannelBuffer returning 0"))
+        p.fresh(GOOD)
+
+    result = Job(plan=plan).run()
+    assert result.status == 0
+    assert "ClearBackChannelBuffer returning 0" in result.log
+
+
+def test_bytes_of_an_earlier_read_are_no_mark():
+    """A mark at byte 60, put right; then 50 bytes of nothing, behind which the old mark still stands
+    in the buffer."""
+    def plan(p):
+        p.send(bytes(60) + GOOD)
+        p.silence(until=p.log("Realigning Buffer: 60"))
+        p.silence(until=lambda: p.queued() == 0)
+        p.send(bytes(50))
+        p.silence(until=p.log("     Read 50 bytes"))
+        p.fresh(GOOD)
+
+    result = compare.run(Job(plan=plan))
+    assert sum(line.startswith("Realigning") for line in of_check(result)) == 1
+
+
+def test_what_a_failed_read_shows_is_the_buffer_as_it_stands():
+    def plan(p):
+        p.silence(until=p.log("     Read -1 bytes"))
+        p.send(record.spoiled(GOOD, 142))
+        p.silence(until=p.log("     Read -1 bytes cartridgeID: 0x51"))
+        p.fresh(GOOD)
+
+    result = compare.run(Job(plan=plan))
+    reads = [line for line in of_check(result) if line.startswith("     Read")]
+    assert reads[0] == "     Read -1 bytes cartridgeID: 0x0"
+    assert "     Read 144 bytes cartridgeID: 0x51" in reads

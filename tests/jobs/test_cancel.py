@@ -248,6 +248,28 @@ def test_while_a_silent_utility_is_waited_for():
     expect_document_ended(result)
 
 
+def test_with_a_printer_that_fell_silent():
+    """Every read that is still made runs into its own limit of three seconds, and no more."""
+    def plan(p):
+        p.fresh(GOOD, until=p.log("Error check 0 "))
+        p.drop()
+        p.silence()
+
+    def actions(job):
+        if job.until_log("Error check 0 "):
+            job.until(lambda: False, seconds=1.5)
+            job.terminate()
+        job.release()
+
+    result = Job(plan=plan, actions=actions,
+                 script={("HPESendBand", 20): [("wait", "/bench/go")]}).run()
+    expect_cancelled(result, 0, 18)
+    expect_document_ended(result)
+    # Which of the two limits is met first depends on the fraction of a second.
+    assert ("WaitForPrinterState Job Cancelled" in result.log) != (
+        "No STATUS FOR TOO LONG - GIVE UP WAITING FOR PRINTER STATE" in result.log)
+
+
 def random_cancel(seed):
     """A job of several slow pages, cancelled at any moment after its first check."""
     luck = random.Random(seed)

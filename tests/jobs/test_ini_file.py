@@ -6,6 +6,7 @@ import pytest
 
 import compare
 import log_compare
+import pages
 import planted
 import record
 from expected import Model
@@ -77,7 +78,8 @@ def test_a_file_that_cannot_be_written_stays_as_it_is(text):
     assert result.ini == text
 
 
-@pytest.mark.parametrize("plant", [planted.fifo, planted.link_to_fifo, planted.folder])
+@pytest.mark.parametrize("plant", [planted.fifo, planted.link_to_fifo, planted.folder,
+                                   planted.link_to_endless])
 def test_something_else_in_the_files_place_never_holds_the_job(plant):
     def prepare(sandbox):
         plant(sandbox.path(f"/{ENGINE_DATA}/tqgrcfg.ini"))
@@ -139,3 +141,32 @@ def test_a_file_just_within_the_limit_is_rewritten():
 def test_bytes_that_are_no_text_pass_through():
     ini = b"[Configuration]\n\xff\xfe\x80 \x01\n[ESwathBuilder]\n"
     compare.run(Job(ini=ini))
+
+
+def between_pages(change):
+    """A job of two pages; change(path of the ini file) is called between them."""
+    def actions(job):
+        if job.until_trace("HPEEndDoc"):
+            change(job.ini_path())
+        job.release()
+
+    script = {("HPEEndDoc", 1): [("wait", "/bench/go")]}
+    return Job(pages=[pages.small(), pages.small()], script=script, actions=actions).run()
+
+
+def test_a_file_that_vanishes_between_pages_is_made_again():
+    result = between_pages(os.unlink)
+    assert result.status == 0
+    assert result.ini == b"[ESwathBuilder]\nSlot1PrintDirection=0 \n\nSlot2PrintDirection=0 \n"
+    assert result.log.count("ferro ini file not present trying to create") == 2
+
+
+def test_a_file_that_outgrows_the_limit_between_pages_ends_the_process():
+    grown = b"[ESwathBuilder]\n" + b"; padding\n" * 900
+    result = between_pages(lambda path: path.write_bytes(grown))
+    assert result.status == 1 and result.ini == grown
+    last = result.stderr.rstrip("\n").split("\n")[-1]
+    assert last.startswith("     PAGE: 1 1     PAGE: 2 1ERROR: ")
+    assert "cfg.ini" in result.log[-1]
+    # The second page's header went out before its properties.
+    assert len(result.stdout) == 32

@@ -8,7 +8,6 @@ import pytest
 
 import log_compare
 import record
-from expected import Model
 from expected_text import STATES_WITHDRAWN, condition_off, condition_on
 from job import Job
 
@@ -86,8 +85,6 @@ def test_the_last_polls_end_when_the_printer_is_well_again():
         p.fresh(GOOD)
 
     result = Job(plan=plan).run()
-    model = Model([None], {}, checks={0: []}).run()
-    assert model.stderr == STATES_WITHDRAWN
     # The last polls may begin before the change is there; then the job ends well at once.
     said = result.stderr[len(STATES_WITHDRAWN) + len("     PAGE: 1 1"):]
     assert said in ("", condition_on("paper out") + condition_off("paper out"))
@@ -135,13 +132,34 @@ def test_shared_memory_left_by_another_job_is_used_and_removed():
     assert result.status == 0 and not result.shared_memory_left
 
 
-def test_without_shared_memory_the_job_prints():
+def in_the_way_folder(path):
+    path.mkdir()
+
+
+def in_the_way_link(path):
+    path.symlink_to("/tmp/elsewhere")
+
+
+@pytest.mark.parametrize("plant", [in_the_way_folder, in_the_way_link])
+def test_without_shared_memory_the_job_prints(plant):
     def prepare(sandbox):
-        sandbox.path("/shm/TessaryZR7700PrinterMMap").mkdir()
+        plant(sandbox.path("/shm/TessaryZR7700PrinterMMap"))
 
     result = Job(prepare=prepare).run()
     assert result.status == 0
     assert len(result.stdout) == 16
+
+
+@pytest.mark.xfail(strict=True, reason="the filter dies of SIGBUS at the next record")
+def test_shared_memory_that_another_one_empties_does_not_end_the_job():
+    def actions(job):
+        if job.until_log("Error check 0 "):
+            os.truncate(job.shared_memory(), 0)
+            job.until_log("Error check 0 ", times=3)
+        job.release()
+
+    job = Job(actions=actions, script={("HPESendBand", 5): [("wait", "/bench/go")]})
+    assert job.run().status == 0
 
 
 def test_no_file_is_left_but_log_and_ini():

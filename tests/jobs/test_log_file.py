@@ -1,6 +1,8 @@
 """The diagnostic log as a file."""
 
+import calendar
 import os
+import time
 
 import pytest
 
@@ -28,6 +30,18 @@ def test_a_new_log_is_whole_and_stamped():
     result = compare.run(Job())
     assert result.raw_log.count(b"\r\n") == len(result.log)
     assert b"**** Wait until printer not Busy\n\r\n" in result.raw_log
+
+
+@pytest.mark.parametrize("zone,shown,offset", [("IST-5:30", "+0530", 19800),
+                                               ("XYZ3:15", "-0315", -11700), ("UTC0", "+0000", 0)])
+def test_the_stamp_is_local_time_with_its_offset(zone, shown, offset):
+    before = time.time() - 1
+    result = Job(arguments=[], environment={"TZ": zone}).run()
+    for line in result.raw_log.rstrip().split(b"\r\n"):
+        text = line[:25].decode()
+        assert text[20:] == shown
+        stamp = calendar.timegm(time.strptime(text[:19], "%Y-%m-%d %H:%M:%S")) - offset
+        assert before <= stamp <= time.time() + 1
 
 
 def test_a_job_is_appended_to_what_is_there():

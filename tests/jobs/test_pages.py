@@ -18,6 +18,12 @@ def test_raster_versions_and_byte_orders(version, order):
     compare.run(Job(version=version, order=order))
 
 
+@pytest.mark.parametrize("order", ["<", ">"])
+def test_old_streams_with_the_short_header(order):
+    page = pages.small(cupsPageSize=(0, 0), cupsPageSizeName="")
+    compare.run(Job(version=1, order=order, pages=[page, page]))
+
+
 def test_several_pages_are_a_document_each():
     job = Job(pages=[pages.small(), pages.small(120, 90, NumCopies=3), pages.small(90, 120)])
     result = compare.run(job)

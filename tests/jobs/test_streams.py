@@ -46,8 +46,9 @@ def test_no_standard_input_is_a_job_without_a_page():
     assert result.log[-1] == "     No pages found!"
 
 
-def test_a_folder_for_a_raster_file_is_a_job_without_a_page():
-    result = Job(arguments=["1", "u", "t", "1", "", "/bench"]).run()
+@pytest.mark.parametrize("path", ["/bench", "/dev/zero", "/dev/null"])
+def test_something_else_for_a_raster_file_is_a_job_without_a_page(path):
+    result = Job(arguments=["1", "u", "t", "1", "", path], limit=30).run()
     assert result.status == 1
     assert result.log[-1] == "     No pages found!"
 
@@ -96,3 +97,33 @@ def test_a_fifo_without_a_writer_can_be_cancelled():
     assert result.status == 1
     assert result.seconds_after_cancel < 12
     assert not result.shared_memory_left
+
+
+def test_a_backend_that_stalls_is_no_hindrance_once_it_drains():
+    """The pipe is full, the job is cancelled, and then the backend takes everything."""
+    read_end, write_end = os.pipe()
+    taken = []
+
+    def drain():
+        while piece := os.read(read_end, 65536):
+            taken.append(piece)
+
+    reader = threading.Thread(target=drain, daemon=True)
+
+    def actions(job):
+        if job.until_trace("HPESendBand"):
+            time.sleep(0.7)
+            job.terminate()
+            time.sleep(0.7)
+        reader.start()
+
+    job = Job(output=write_end, actions=actions, limit=40,
+              prepare=lambda sandbox: (sandbox.bench / "block").write_bytes(bytes(100000)),
+              script={("HPESendBand", "*"): [("emitfile", "/bench/block")]})
+    result = job.run()
+    os.close(write_end)
+    reader.join(5)
+    assert result.status == 0 and result.seconds_after_cancel < 14
+    assert not result.shared_memory_left
+    calls = sum(call.startswith("HPESendBand") for call in result.calls)
+    assert sum(map(len, taken)) == 16 + 100000 * calls

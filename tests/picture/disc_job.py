@@ -1,0 +1,116 @@
+"""A label on its way to a disc: the raster that the distribution's filters make of it, the filter
+with the open engine in a private root, the virtual printer, and the decoded disc."""
+
+import functools
+import json
+import os
+import shutil
+import struct
+import subprocess
+import tempfile
+from dataclasses import dataclass
+from pathlib import Path
+
+import numpy as np
+from PIL import Image
+
+import demo_chain
+import demo_options
+import sandbox
+
+REPOSITORY = Path(__file__).resolve().parents[2]
+BUILD = Path(os.environ.get("ZR7700_BUILD", REPOSITORY / "build-release"))
+FILTER = os.environ.get("ZR7700_FILTER", str(BUILD / "rastertoZR7700"))
+PPD = BUILD / "ppd/zr7700.ppd"
+PICTURES = BUILD / "picture"
+
+_HEADER_BYTES = 1796  # of a raster page; a stream begins with a word of 4 bytes
+
+
+@dataclass
+class Disc:
+    """What came out: the decoded disc (sRGB, a pixel a dot), its report, the filter's messages."""
+
+    picture: np.ndarray
+    report: dict
+    messages: str
+
+
+@functools.lru_cache(None)
+def choices(options):
+    """The PPD's choice of every option, for the options asked for; texts of "name=value"."""
+    ppd = demo_options.PpdOptions(PPD)
+    asked = demo_options.parse([options])
+    ppd.check(asked)
+    return ppd.defaults | ppd.settle(asked)
+
+
+@functools.lru_cache(3)
+def raster_file(label, resolution):
+    """The raster stream of a label as bytes, made by the distribution's filters."""
+    label_type = "application/pdf" if label.endswith(".pdf") else "image/png"
+    options = {"Resolution": resolution}
+    job = demo_chain.Job(label, label_type, options, 1, str(PPD), [], "")
+    with tempfile.TemporaryDirectory(prefix="zr7700-") as folder:
+        data = b""
+        for command in job.raster_commands():
+            data = subprocess.run(command, input=data, capture_output=True, check=True,
+                                  env=job.environment(folder), timeout=120).stdout
+    return data
+
+
+def raster_pixels(stream):
+    """The pixels of a stream's only page: rows, columns, RGB."""
+    word = lambda at: struct.unpack_from("<I", stream, 4 + at)[0]
+    width, height, line_bytes = word(372), word(376), word(392)
+    assert (word(388), word(396), word(400)) == (24, 0, 1), "chunky RGB of 8 bits"
+    assert line_bytes == 3 * width
+    if stream[:4] == b"3SaR":
+        pixels = stream[4 + _HEADER_BYTES:]
+        assert len(pixels) == height * line_bytes, "one whole page"
+        return np.frombuffer(pixels, np.uint8).reshape(height, width, 3)
+    raise ValueError(f"unknown raster {stream[:4]}")
+
+
+def _engine_into(box):
+    for folder in (sandbox.LIBRARIES, sandbox.ENGINE_DATA):
+        shutil.copytree(BUILD / "root" / folder, box.root / folder, dirs_exist_ok=True)
+
+
+def print_raster(stream, options, cartridge, name):
+    """Prints a raster stream; options are a text of "name=value"."""
+    sandbox.require()
+    box = sandbox.Sandbox()
+    try:
+        _engine_into(box)
+        shutil.copy(PPD, box.bench / "zr7700.ppd")
+        (box.bench / "page.ras").write_bytes(stream)
+        return _run(box, " ".join(f"{n}={v}" for n, v in choices(options).items()), cartridge, name)
+    finally:
+        box.remove()
+
+
+def _run(box, options, cartridge, name):
+    back_read, back_write = os.pipe()
+    data_read, data_write = os.pipe()
+    errors = os.open(box.bench / "errors", os.O_RDWR | os.O_CREAT)
+    page = os.open(box.bench / "page.ras", os.O_RDONLY)
+    job = sandbox.Process(box, FILTER, [FILTER, "1", "user", "title", "1", options],
+                          {"PPD": "/bench/zr7700.ppd"},
+                          {0: page, 1: data_write, 2: errors, 3: back_read})
+    for fd in (page, data_write, back_read, errors):
+        os.close(fd)
+    PICTURES.mkdir(exist_ok=True)
+    printer = subprocess.run(
+        [BUILD / "zr7700-printer", "--out", PICTURES, "--name", name, "--cartridge", cartridge,
+         "--report", box.bench / "report.json", "--status-fd", str(back_write)],
+        stdin=data_read, pass_fds=[back_write], capture_output=True, text=True, check=False,
+        timeout=120)
+    for fd in (data_read, back_write):
+        os.close(fd)
+    messages = (box.bench / "errors").read_text()
+    assert job.wait(60) == 0, messages
+    assert printer.returncode == 0, printer.stderr
+    report = json.loads((box.bench / "report.json").read_text())
+    with Image.open(report["discs"][0]["picture"]) as picture:
+        return Disc(np.asarray(picture.convert("RGB")), report, messages)

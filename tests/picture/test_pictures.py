@@ -1,0 +1,143 @@
+"""The printed disc is the label: colours, edges, ring and orientation, for both engine families."""
+
+import numpy as np
+import pytest
+
+import disc_job
+from color_difference import ciede2000, lab, linear_light, low_pass
+from expected_disc import disc_of, near, ring
+
+LABELS = {name: str(disc_job.REPOSITORY / "labels" / name)
+          for name in ("concert.pdf", "lake.png", "orientation.png")}
+FAMILIES = {"Q": "Granite", "U": "Heron"}
+WHITE = 255
+# Mean and 99th percentile of the colour difference stay below these.
+MEAN_LIMIT, PERCENTILE_LIMIT = 3, 10
+# Dots by which the ring's edge may be off.
+EDGE_DOTS = 1
+
+CASES = [(label, cartridge, f"PrintQuality=Quality{quality}")
+         for label in ("concert.pdf", "lake.png") for cartridge in "QU" for quality in (1, 2, 3, 4)]
+DRAFT = "Resolution=300dpi PrintQuality=Quality1"
+CASES += [("lake.png", "Q", DRAFT), ("concert.pdf", "U", DRAFT)]
+CASES += [("lake.png", "Q", "MediaType=HighGloss PrintQuality=Quality3"),
+          ("concert.pdf", "Q", "MediaType=HighGloss ColorMatching=BestForGraphics")]
+
+
+@pytest.fixture(scope="session")
+def table():
+    """Rows of the table of colour differences, written when all tests are done."""
+    rows = []
+    yield rows
+    disc_job.PICTURES.mkdir(exist_ok=True)
+    lines = ["| label | family | options | mean dE2000 | 99th percentile | largest |",
+             "| --- | --- | --- | --- | --- | --- |"]
+    lines += [f"| {label} | {family} | {options} | {mean:.2f} | {high:.2f} | {most:.2f} |"
+              for label, family, options, mean, high, most in rows]
+    (disc_job.PICTURES / "color-differences.md").write_text("\n".join(lines) + "\n")
+
+
+def dpi_of(options):
+    return 300 if "300dpi" in options else 600
+
+
+def print_label(label, cartridge, options):
+    """The disc, and the raster's pixels."""
+    dpi = dpi_of(options)
+    stream = disc_job.raster_file(LABELS[label], f"{dpi}dpi")
+    name = f"{label.split('.')[0]}-{FAMILIES[cartridge]}-{options.replace(' ', '-')}"
+    disc = disc_job.print_raster(stream, options, cartridge, name)
+    assert disc.report["discs"][0]["family"] == FAMILIES[cartridge]
+    pixels = disc_job.raster_pixels(stream)
+    assert pixels.shape == ((2834, 2834, 3) if dpi == 600 else (1417, 1417, 3))
+    # The disc's square is 2834.6 dots wide; the page lies at its upper left corner.
+    return disc.picture[:pixels.shape[0], :pixels.shape[1]], pixels, disc
+
+
+def inked(picture):
+    return (picture != WHITE).any(axis=2)
+
+
+@pytest.mark.parametrize("label, cartridge, options", CASES)
+def test_disc_looks_like_its_label(label, cartridge, options, table):
+    picture, pixels, disc = print_label(label, cartridge, options)
+    dpi, chosen = dpi_of(options), disc_job.choices(options)
+    side = pixels.shape[0]
+
+    drops = inked(picture)
+    assert drops.any()
+    assert not (drops & ~ring(side, dpi, chosen, EDGE_DOTS)).any(), "a drop outside the ring"
+    found = disc.report["discs"][0]
+    assert (found["dots_outside_disc"], found["dots_in_hole"]) == (0, 0)
+    assert disc.report["violation_count"] == 0
+
+    expected = low_pass(linear_light(disc_of(pixels, dpi, chosen)), dpi)
+    difference = ciede2000(lab(expected), lab(low_pass(linear_light(picture), dpi)))
+    mean, high = difference.mean(), np.percentile(difference, 99)
+    table.append((label, FAMILIES[cartridge], options, mean, high, difference.max()))
+    assert mean < MEAN_LIMIT and high < PERCENTILE_LIMIT, (mean, high)
+
+
+def quadrant_patches(side):
+    """Middles of patches in the coloured quadrants of the orientation label: 53 mm from the disc's
+    middle, 45 degrees to all sides; the colours are those that the label was drawn with."""
+    reach = 53 / 120 * side * 0.5 ** 0.5
+    colors = {(1, -1): (214, 48, 49), (1, 1): (32, 150, 83), (-1, 1): (30, 90, 190),
+              (-1, -1): (247, 193, 40)}
+    return [((int(side / 2 + down * reach), int(side / 2 + right * reach)), color)
+            for (right, down), color in colors.items()]
+
+
+@pytest.mark.parametrize("cartridge, options", [
+    ("Q", "PrintQuality=Quality2"), ("U", "PrintQuality=Quality2"), ("U", DRAFT),
+    ("Q", "PrintQuality=Quality4 Bidi=No MediaType=HighGloss")])
+def test_nothing_is_turned_mirrored_or_off_centre(cartridge, options):
+    picture, _, _ = print_label("orientation.png", cartridge, options)
+    side = picture.shape[0]
+    dot_mm = 25.4 / dpi_of(options)
+    patch = int(1.5 / dot_mm)
+    for (row, column), color in quadrant_patches(side):
+        mean = linear_light(picture[row - patch:row + patch, column - patch:column + patch])
+        wanted = linear_light(np.array(color, dtype=np.uint8))
+        assert ciede2000(lab(mean.mean(axis=(0, 1))), lab(wanted)) < 10
+    # The quadrants end 57 mm from the disc's middle, the same to all sides.
+    drops = inked(picture)
+    rows, columns = np.flatnonzero(drops.any(axis=1)), np.flatnonzero(drops.any(axis=0))
+    middle_mm = 60 / dot_mm
+    for first, last in ((rows[0], rows[-1]), (columns[0], columns[-1])):
+        # Half a dot of the label's own (300 dpi), and one of the printer's.
+        assert abs((first + last + 1) / 2 - middle_mm) <= 2.0 * (2 if side == 2834 else 1) / 2
+        assert abs((last - first + 1) / 2 - 57 / dot_mm) <= 2.0
+
+
+@pytest.mark.parametrize("cartridge", "QU")
+@pytest.mark.parametrize("options", ["PrintQuality=Quality1", "PrintQuality=Quality3", DRAFT])
+def test_edges_sit_within_one_dot(cartridge, options):
+    picture, pixels, _ = print_label("orientation.png", cartridge, options)
+    drops = inked(picture)
+    side = pixels.shape[0]
+    ring_inside = ring(side, dpi_of(options), disc_job.choices(options), -2)
+    paper = (pixels == WHITE).all(axis=2)
+    solid = (pixels < 8).all(axis=2) & ring_inside
+    assert solid.sum() > 1000
+    # No drop farther than a dot from what is not white; none missing farther than a dot inside
+    # what is black.
+    assert not (drops & ~near(~paper, 1)).any()
+    core = ~near(~solid, 1)
+    assert core.sum() > 500
+    assert (~drops & core).sum() == 0
+
+
+@pytest.mark.parametrize("cartridge, hole, margin, cut", [
+    ("Q", "220", "10", 0), ("U", "460", "50", 0), ("U", "150", "0", 0)])
+def test_ring_is_filled_to_its_edges(cartridge, hole, margin, cut):
+    options = f"InnerDiameter={hole} OuterMargin={margin} PrintQuality=Quality1"
+    stream = disc_job.raster_file(LABELS["lake.png"], "600dpi")
+    header, side = stream[:1800], 2834
+    black = header + bytes(side * side * 3)
+    disc = disc_job.print_raster(black, options, cartridge, f"black-{cartridge}-{hole}-{margin}")
+    drops = inked(disc.picture[:side, :side])
+    chosen = disc_job.choices(options)
+    assert not (drops & ~ring(side, 600, chosen, EDGE_DOTS)).any()
+    missing = ring(side, 600, chosen, -EDGE_DOTS) & ~drops
+    assert missing.sum() == cut
