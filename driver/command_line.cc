@@ -48,7 +48,7 @@ ppd_file_t* OpenPpd() {
 
 void ReportMissingPpd() {
   const std::optional<std::string> format = platform::LocalizedText("Unable to open PPD file: %s");
-  if (format) WriteUserMessage("ERROR", *format, strerror(errno));
+  if (format) WriteUserMessage("ERROR", format->c_str(), strerror(errno));
 }
 
 }  // namespace

@@ -17,13 +17,13 @@ void SetUpMessageLanguage() {
   if (language != nullptr) platform::SetMessageLanguage(language);
 }
 
-void WriteUserMessage(const char* prefix, const std::string& format, ...) {
+void WriteUserMessage(const char* prefix, const char* format, ...) {
   char text[2048];
   va_list arguments;
   va_start(arguments, format);
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
-  const int length = vsnprintf(text, sizeof text, format.c_str(), arguments);
+  const int length = vsnprintf(text, sizeof text, format, arguments);
 #pragma GCC diagnostic pop
   va_end(arguments);
   if (length >= 0 && static_cast<size_t>(length) < sizeof text) {

@@ -2,8 +2,6 @@
 #ifndef ZR7700_DRIVER_USER_MESSAGE_H_
 #define ZR7700_DRIVER_USER_MESSAGE_H_
 
-#include <string>
-
 namespace zr7700 {
 
 // Makes standard error unbuffered and takes the message language from the environment:
@@ -14,7 +12,7 @@ void SetUpMessageLanguage();
 // Writes "prefix: text\n" to standard error, the text being `format` (from a message catalogue that
 // keeps the conversions of its key) filled with the arguments. A text over 2,047 bytes is dropped.
 // Main thread.
-void WriteUserMessage(const char* prefix, const std::string& format, ...);
+void WriteUserMessage(const char* prefix, const char* format, ...);
 
 }  // namespace zr7700
 
