@@ -85,7 +85,8 @@ bool PrintOpenPage(cups_raster_t* raster, const cups_page_header2_t& header, int
   usleep(kThreadStart_us);
   bool ok = SendLines(raster, header, page, buffers);
   LogMessage(kLogDetail, "     Finished page %d...", page);
-  ok = ok && EndPage() && RestartDocument();
+  ok = ok && EndPage();
+  if (ok) RestartDocument();
   StopStatusThread();
   if (!ok) LogMessage(kLogDetail, "     Bailing due to error or cancel, page %d...", page);
   return ok;
