@@ -51,6 +51,12 @@ void* Map(int descriptor, size_t size_bytes) {
   return mapping == MAP_FAILED ? nullptr : mapping;
 }
 
+bool IsCutShort() {
+  struct stat info;
+  return fstat(memory.descriptor, &info) != 0 ||
+         info.st_size < static_cast<off_t>(memory.size_bytes);
+}
+
 }  // namespace
 
 bool CreateStatusMemory(size_t size_bytes) {
@@ -66,12 +72,17 @@ bool CreateStatusMemory(size_t size_bytes) {
   return true;
 }
 
+// Through the descriptor where the system can: should somebody have cut the object short, touching
+// the mapping would end the process.
 void PublishStatus(const PrinterStatusRecord& record) {
-  if (memory.mapping != nullptr) memcpy(memory.mapping, record.data(), memory.size_bytes);
+  if (memory.mapping == nullptr) return;
+  if (pwrite(memory.descriptor, record.data(), memory.size_bytes, 0) > 0 || IsCutShort()) return;
+  memcpy(memory.mapping, record.data(), memory.size_bytes);
 }
 
 void ReadPublishedStatus(PrinterStatusRecord& record) {
-  if (memory.mapping != nullptr) memcpy(record.data(), memory.mapping, memory.size_bytes);
+  if (memory.mapping == nullptr || IsCutShort()) return;
+  memcpy(record.data(), memory.mapping, memory.size_bytes);
 }
 
 void CloseStatusMemory() {

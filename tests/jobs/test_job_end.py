@@ -150,7 +150,6 @@ def test_without_shared_memory_the_job_prints(plant):
     assert len(result.stdout) == 16
 
 
-@pytest.mark.xfail(strict=True, reason="the filter dies of SIGBUS at the next record")
 def test_shared_memory_that_another_one_empties_does_not_end_the_job():
     def actions(job):
         if job.until_log("Error check 0 "):
