@@ -67,6 +67,24 @@ TEST_F(ColorTableTest, SurvivesATableCutAnywhere) {
   }
 }
 
+TEST_F(ColorTableTest, SurvivesDamageInTheTablesOfContents) {
+  // The header, the tag table and the beginning of the grid; whatever still loads leaves white
+  // bare.
+  for (int place = 0; place < 700; place += 3) {
+    fs::copy_file(standard_, scratch_, fs::copy_options::overwrite_existing);
+    std::fstream file(scratch_, std::ios::binary | std::ios::in | std::ios::out);
+    file.seekp(place);
+    file.put('\xFF');
+    file.close();
+    ColorTable table;
+    if (table.Load(scratch_)) {
+      EXPECT_EQ(NodeAt(table, 32, 32, 32), 0U) << place;
+    } else {
+      EXPECT_FALSE(table.loaded()) << place;
+    }
+  }
+}
+
 TEST_F(ColorTableTest, KeepsItsTableWhenAnotherIsBad) {
   ColorTable table;
   ASSERT_TRUE(table.Load(standard_));

@@ -101,6 +101,22 @@ TEST_P(EngineStreamTest, QualityChoosesThePassesUnlessTheIniFileDoes) {
   }
 }
 
+TEST_P(EngineStreamTest, DraftPagesKeepTheSeat) {
+  Job job = StandardJob();
+  job.dots_per_inch = 300;
+  job.left_margin = 958;
+  job.physical_width = 2550;
+  Picture picture(1417, 4);
+  picture.Fill(0, 0, 1417, 4, {0, 0, 0});
+  const PrintedPage page = Print(job, picture);
+  EXPECT_EQ(page.x_dpi, 300U);
+  EXPECT_EQ(page.left_margin, 958);
+  // The top margin counts 1/600 inch here as well.
+  EXPECT_EQ(page.feed, 138U + 1900U);
+  EXPECT_EQ(page.drop(2, 0, 0), 3);
+  EXPECT_EQ(page.drop(2, 1416, 3), 3);
+}
+
 TEST_P(EngineStreamTest, FourCornersLandWhereTheyBelong) {
   Picture picture(400, 500);
   picture.Fill(0, 0, 40, 50, {0, 255, 255});
