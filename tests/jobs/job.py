@@ -1,6 +1,7 @@
 """One print job: what goes in, how it is run, and everything that came out."""
 
 import concurrent.futures
+import functools
 import os
 import plistlib
 import re
@@ -77,8 +78,12 @@ class Job:
     output: object = None
 
     def __post_init__(self):
-        self.sandbox = sandbox.Sandbox()
         self.process = None
+
+    @functools.cached_property
+    def sandbox(self):
+        """The job's private root, made when it is first asked for."""
+        return sandbox.Sandbox()
 
     # What can be asked while the job runs.
 
