@@ -1,35 +1,49 @@
 """The disc that a raster should give: its pixels within the ring, white elsewhere.
 
-The ring is computed from the PPD's choices alone, as circles in millimetres; the filter draws it
-0.17 per cent narrower than tall.
+The ring comes from the PPD's choices, once by the requirements' whole-number arithmetic (which
+rounds the hole a little) and once as plain circles in millimetres.
 """
+
+import functools
 
 import numpy as np
 
-_NARROWER = 0.99828
+from expected_page import Geometry, atoi, quotient
 
 
-def ring(side_dots, dpi, chosen, grow=0.0):
-    """True where a dot's middle lies in the ring, which `grow` dots make wider on either side."""
-    # A keyword's number is tenths of a millimetre at 600 dpi; the draft ones hold half of that,
-    # because the filter takes it for as many dots at 300 dpi.
+def _margin_dots(chosen):
+    return quotient(atoi(chosen["OuterMargin"]) * 600, 254)
+
+
+@functools.lru_cache(8)
+def _ring(side_dots, margin_dots, hole):
+    geometry = Geometry(side_dots, side_dots, margin_dots, hole)
+    inside = [geometry.prints(y) and ~np.array(geometry.white(y, side_dots))
+              for y in range(side_dots)]
+    return np.array([row if row is not False else [False] * side_dots for row in inside])
+
+
+def ring(side_dots, chosen):
+    """True for the dots of a page that may be printed."""
+    return _ring(side_dots, _margin_dots(chosen), atoi(chosen["InnerDiameter"]))
+
+
+def circles(side_dots, chosen, grow_dots):
+    """True for the dots whose middle lies between the circles that the choices name, which
+    `grow_dots` move apart. A keyword's number is tenths of a millimetre at 600 dpi; the draft ones
+    hold half of what they say, because the filter takes them for as many dots at 300 dpi."""
     dots_per_tenth = 600 / 254
-    outer = side_dots / 2 - int(dots_per_tenth * _number(chosen["OuterMargin"])) + grow
-    hole = _number(chosen["InnerDiameter"]) * dots_per_tenth / 2 - grow
+    outer = side_dots / 2 - atoi(chosen["OuterMargin"]) * dots_per_tenth + grow_dots
+    hole = atoi(chosen["InnerDiameter"]) / 2 * dots_per_tenth - grow_dots
     middle = np.arange(side_dots) + 0.5 - side_dots / 2
-    x, y = middle[None, :], middle[:, None]
-    inside = (x / (outer * _NARROWER + grow * (1 - _NARROWER))) ** 2 + (y / outer) ** 2 <= 1
-    return inside & (x * x + y * y >= max(hole, 0) ** 2)
+    distance2 = middle[None, :] ** 2 + middle[:, None] ** 2
+    return (distance2 <= outer ** 2) & (distance2 >= hole ** 2)
 
 
-def _number(keyword):
-    return int("".join(c for c in keyword if c.isdigit()))
-
-
-def disc_of(pixels, dpi, chosen):
+def disc_of(pixels, chosen):
     """The raster's pixels with white outside the ring."""
     out = pixels.copy()
-    out[~ring(pixels.shape[0], dpi, chosen)] = 255
+    out[~ring(pixels.shape[0], chosen)] = 255
     return out
 
 
