@@ -1,4 +1,4 @@
-"""The colour difference against the published test pairs, and the low-pass against its definition."""
+"""The colour difference against the published test pairs, the low-pass against its definition."""
 
 import numpy as np
 import pytest

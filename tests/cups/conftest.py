@@ -1,0 +1,22 @@
+"""Lets the tests import their own modules and the bench's, and gives them a running scheduler."""
+
+import os
+import sys
+
+import pytest
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+for folder in (HERE, os.path.join(HERE, "../jobs")):
+    sys.path.insert(0, folder)
+
+from scheduler import Scheduler  # noqa: E402
+
+
+@pytest.fixture(scope="session")
+def scheduler():
+    """A private scheduler with one queue; every test prints on the machine it asks for."""
+    running = Scheduler()
+    try:
+        yield running
+    finally:
+        running.stop()
