@@ -44,8 +44,10 @@ def night(page):
 
 
 def stars(page):
-    for _ in range(260):
+    for _ in range(330):
         turn, far = dice.uniform(math.pi * 1.02, math.pi * 1.98), dice.uniform(24, 59.5)
+        if 40.5 < far < 55 and abs(turn - 1.5 * math.pi) < 1.15:
+            continue  # where the title stands
         x, y = far * math.cos(turn), far * math.sin(turn)
         size = dice.choice((0.09, 0.11, 0.13, 0.16, 0.22))
         page.set_source_rgba(1, 0.97, 0.9, dice.uniform(0.35, 1) * min(1, (6 - y) / 40))

@@ -24,6 +24,7 @@ from demo_label import Refused
 TOP = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 EXAMPLES = ("labels/concert.pdf", "labels/lake.png")
 ROOM_MIB = 60  # what a job writes at most, before and besides its pictures
+SCARCE_MIB = 30  # with less than this left, a failure is put down to the disk
 MOST_DISCS = 25
 USAGE = """./demo [LABEL ...] [-o NAME=VALUE]... [--cartridge LETTER] [--discs NUMBER]
 
@@ -142,6 +143,10 @@ class Demo:
         chain = Chain(job, printer, folder)
         try:
             chain.run(progress)
+        except Refused:
+            if shutil.disk_usage(folder).free >> 20 < SCARCE_MIB:
+                raise OSError(errno.ENOSPC, "") from None
+            raise
         finally:
             chain.stop()
             progress.end()
