@@ -9,6 +9,7 @@ import pytest
 
 import demo_options
 import disc_job
+import sandbox
 from disc_job import BUILD, PPD, REPOSITORY
 
 LABELS = REPOSITORY / "labels"
@@ -22,6 +23,27 @@ def build(tmp_path):
     for name in ("ppd", "zr7700-printer", "rastertoZR7700"):
         (folder / name).symlink_to(BUILD / name)
     return folder
+
+
+class DemoBox(sandbox.Sandbox):
+    """A private root in which the demonstration can run: its filter has the fixed paths."""
+
+    def install_engine(self):
+        for folder in (sandbox.LIBRARIES, sandbox.ENGINE_DATA):
+            shutil.copytree(BUILD / "root" / folder, self.root / folder, dirs_exist_ok=True)
+
+    def wrapper(self, folder, *more):
+        """What to put before a command that writes to `folder`."""
+        return [*self.command(disc_job.FILTER), "--ro-bind", REPOSITORY, REPOSITORY, "--bind",
+                BUILD, BUILD, "--bind", folder, folder, *more]
+
+
+@pytest.fixture
+def box():
+    sandbox.require()
+    made = DemoBox()
+    yield made
+    made.remove()
 
 
 def demo(build, *words, wrapper=()):
@@ -91,16 +113,14 @@ def test_arguments_that_are_wrong(build, words, told):
     assert told in refusal(build, LABELS / "lake.png", *words)
 
 
-@pytest.mark.skipif(os.getuid() != 0, reason="mounting a small disk needs root")
-def test_no_room_on_the_disk(build, tmp_path):
+def test_no_room_on_the_disk(build, box):
     """Too little room is told before anything is printed."""
     (build / "discs").mkdir()
-    small = ["bwrap", "--dev-bind", "/", "/", "--size", "4000000", "--tmpfs", build / "discs"]
+    small = box.wrapper(build, "--size", "4000000", "--tmpfs", build / "discs")
     assert "There is no room on the disk" in refusal(build, LABELS / "lake.png", wrapper=small)
 
 
-@pytest.mark.skipif(os.getuid() != 0, reason="mounting a small disk needs root")
-def test_disk_that_fills_up_while_printing(tmp_path):
+def test_disk_that_fills_up_while_printing(tmp_path, box):
     """The filters' own files fill it first; nothing of the job stays."""
     disk = tmp_path / "disk"
     disk.mkdir()
@@ -110,8 +130,8 @@ def test_disk_that_fills_up_while_printing(tmp_path):
 sys.argv[1:] = ["--build", sys.argv[1], sys.argv[2]]; sys.exit(demo.main())' "$1" "$4"
                 echo "left: $(ls discs; ls -d job-* 2>/dev/null)"; exit 0"""
     done = subprocess.run(
-        ["bwrap", "--dev-bind", "/", "/", "--size", "2500000", "--tmpfs", disk, "bash", "-c",
-         script, "bash", disk, BUILD, sys.executable, LABELS / "lake.png"], capture_output=True,
+        [*box.wrapper(tmp_path, "--size", "2500000", "--tmpfs", disk), "bash", "-c", script,
+         "bash", disk, BUILD, sys.executable, LABELS / "lake.png"], capture_output=True,
         text=True, check=False, timeout=120,
         env={**os.environ, "PYTHONPATH": str(REPOSITORY / "tools")})
     assert done.stderr == ("demo: There is no room on the disk for the picture; "
@@ -128,24 +148,11 @@ def test_defaults_follow_the_draft_resolution():
     assert disc_job.choices("PrintQuality=Quality3")["PrintQuality"] == "Quality3"
 
 
-@pytest.mark.skipif(os.getuid() != 0, reason="the filter's fixed paths need a private root")
-def test_whole_demonstration(build):
+def test_whole_demonstration(build, box):
     """From the label to the picture, in a private root that holds the engine."""
-    import sandbox  # pylint: disable=import-outside-toplevel
-    box = sandbox.Sandbox()
-    try:
-        for folder in (sandbox.LIBRARIES, sandbox.ENGINE_DATA):
-            shutil.copytree(BUILD / "root" / folder, box.root / folder, dirs_exist_ok=True)
-        (build / "root/Library/Caches").mkdir(parents=True)
-        places = {"Library": "/Library", "Users": "/Users", "var-tmp": "/var/tmp",
-                  "shm": "/dev/shm"}
-        wrapper = ["bwrap", "--dev-bind", "/", "/"]
-        for private, place in places.items():
-            wrapper += ["--bind", box.root / private, place]
-        done = demo(build, LABELS / "orientation.png", "-o", "PrintQuality=Quality3", "--cartridge",
-                    "U", "--discs", "2", wrapper=wrapper)
-    finally:
-        box.remove()
+    box.install_engine()
+    done = demo(build, LABELS / "orientation.png", "-o", "PrintQuality=Quality3", "--cartridge",
+                "U", "--discs", "2", wrapper=box.wrapper(build))
     assert done.returncode == 0, done.stderr
     kept = sorted(os.listdir(build / "discs"))
     assert kept == [f"orientation-00{n}{kind}.png" for n in (1, 2) for kind in ("-small", "")]
