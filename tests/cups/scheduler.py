@@ -198,7 +198,8 @@ class Scheduler:
         return done.stdout
 
     def tell(self, line):
-        self.transcript.append(line.replace(str(self.root), "/tmp/cups"))
+        line = line.replace(str(self.root), "/tmp/cups").replace(f"{REPOSITORY}/", "")
+        self.transcript.append(line)
 
     def uri(self, **parameters):
         text = "&".join(f"{name}={value}" for name, value in parameters.items())
@@ -212,7 +213,9 @@ class Scheduler:
             parameters["script"] = self.root / "out/script"
         self._client("lpadmin", "-p", QUEUE, "-v", self.uri(**parameters))
         shown = "&".join(f"{name}={value}" for name, value in parameters.items())
-        self.tell(f"$ lpadmin -p {QUEUE} -v 'zr7700virtual:/tmp/cups/out?{shown}'")
+        shown = f"?{shown}" if shown else ""
+        self.tell(f"$ lpadmin -p {QUEUE} -v 'zr7700virtual:/tmp/cups/out{shown}'"
+                  + "".join(f"\n  script: {order}" for order in script.splitlines()))
 
     def order(self, text):
         """Tells the running machine to do something; its answer."""

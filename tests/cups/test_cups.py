@@ -26,7 +26,8 @@ def transcript(scheduler):
 @pytest.fixture(autouse=True)
 def quiet_end(request, scheduler):
     """Every test leaves an idle printer without reasons, processes or shared memory."""
-    scheduler.tell(f"\n# {request.node.name.removeprefix('test_').replace('_', ' ')}")
+    name = request.node.originalname.removeprefix("test_").replace("_", " ")
+    scheduler.tell(f"\n# {name}")
     yield
     wait_for("no process", lambda: not scheduler.processes(), 60)
     scheduler.wait_for_reasons({"none"})
