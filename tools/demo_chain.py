@@ -15,6 +15,7 @@ from demo_label import Refused
 
 FILTERS = "/usr/lib/cups/filter"
 PATIENCE_S = 90  # a job that says nothing for so long will never end
+FAREWELL_S = 1.0  # what the filter gets to clean up; its wait for an idle printer is cut short
 
 _SCALING = ("print-scaling", "fit-to-page", "natural-scaling", "scaling", "ppi")
 
@@ -130,6 +131,14 @@ class Chain:
         return wrong[-1] if wrong else f"exit status {self.processes[name].returncode}"
 
     def stop(self):
+        """Ends what still runs, the filter first: it gives its shared memory back."""
+        last = self.processes["rastertoZR7700"]
+        if last.poll() is None:
+            last.terminate()
+            try:
+                last.wait(FAREWELL_S)
+            except subprocess.TimeoutExpired:
+                pass
         for process in self.processes.values():
             if process.poll() is None:
                 process.kill()

@@ -15,52 +15,47 @@ from disc_job import BUILD, PPD, REPOSITORY
 LABELS = REPOSITORY / "labels"
 
 
-@pytest.fixture
-def build(tmp_path):
-    """A build folder of our own: the programs as links, and nothing printed yet."""
-    folder = tmp_path / "build"
-    folder.mkdir()
-    for name in ("ppd", "zr7700-printer", "rastertoZR7700"):
-        (folder / name).symlink_to(BUILD / name)
-    return folder
-
-
 class DemoBox(sandbox.Sandbox):
-    """A private root in which the demonstration can run: its filter has the fixed paths."""
+    """A private root in which the demonstration runs, whose filter has the fixed paths; and a build
+    folder with the programs as links and nothing printed yet."""
 
-    def install_engine(self):
-        for folder in (sandbox.LIBRARIES, sandbox.ENGINE_DATA):
-            shutil.copytree(BUILD / "root" / folder, self.root / folder, dirs_exist_ok=True)
+    def __init__(self, folder):
+        super().__init__()
+        self.folder = folder
+        self.build = folder / "build"
+        self.build.mkdir()
+        for name in ("ppd", "zr7700-printer", "rastertoZR7700"):
+            (self.build / name).symlink_to(BUILD / name)
+        for place in (sandbox.LIBRARIES, sandbox.ENGINE_DATA):
+            shutil.copytree(BUILD / "root" / place, self.root / place, dirs_exist_ok=True)
 
-    def wrapper(self, folder, *more):
-        """What to put before a command that writes to `folder`."""
-        return [*self.command(disc_job.FILTER), "--ro-bind", REPOSITORY, REPOSITORY, "--bind",
-                BUILD, BUILD, "--bind", folder, folder, *more]
+    def run(self, *command, mounts=(), **more):
+        bwrap = [*self.command(disc_job.FILTER), "--ro-bind", REPOSITORY, REPOSITORY, "--bind",
+                 BUILD, BUILD, "--bind", self.folder, self.folder, *mounts]
+        return subprocess.run([*bwrap, *command], capture_output=True, text=True, check=False,
+                              timeout=120, **more)
+
+    def demo(self, *words, mounts=()):
+        return self.run(sys.executable, "-B", REPOSITORY / "tools/demo_print.py", "--build",
+                        self.build, *map(str, words), mounts=mounts)
+
+    def refusal(self, *words, mounts=()):
+        """What a call that must fail says, without its line end."""
+        done = self.demo(*words, mounts=mounts)
+        assert done.returncode == 1
+        assert done.stderr.startswith("demo: ") and done.stderr.count("\n") == 1, done.stderr
+        left = [name for _, _, names in os.walk(self.build / "discs") for name in names]
+        assert left == [] and not list(self.build.glob("job-*"))
+        assert os.listdir(self.root / "shm") == []
+        return done.stderr.strip()
 
 
 @pytest.fixture
-def box():
+def box(tmp_path):
     sandbox.require()
-    made = DemoBox()
+    made = DemoBox(tmp_path)
     yield made
     made.remove()
-
-
-def demo(build, *words, wrapper=()):
-    done = subprocess.run([*wrapper, sys.executable, "-B", REPOSITORY / "tools/demo_print.py",
-                           "--build", build, *map(str, words)],
-                          capture_output=True, text=True, check=False, timeout=120)
-    return done
-
-
-def refusal(build, *words, wrapper=()):
-    """What a call that must fail says, without its line end."""
-    done = demo(build, *words, wrapper=wrapper)
-    assert done.returncode == 1
-    assert done.stderr.startswith("demo: ") and done.stderr.count("\n") == 1, done.stderr
-    left = [name for _, _, names in os.walk(build / "discs") for name in names]
-    assert left == [] and not list(build.glob("job-*"))
-    return done.stderr.strip()
 
 
 def pdf_without_pages():
@@ -88,15 +83,15 @@ def damaged(path):
     ("pageless.pdf", pdf_without_pages(), "has no pages; export it again"),
     ("damaged.png", damaged(LABELS / "lake.png"), "cannot be turned into a page; save it again"),
 ], ids=lambda value: value if str(value).endswith((".png", ".pdf")) else "")
-def test_labels_that_are_none(build, tmp_path, name, content, told):
+def test_labels_that_are_none(box, tmp_path, name, content, told):
     label = tmp_path / name
     label.write_bytes(content)
-    assert f"{label} {told}" in refusal(build, label)
+    assert f"{label} {told}" in box.refusal(label)
 
 
-def test_label_that_is_missing_or_a_folder(build, tmp_path):
-    assert "(No such file or directory); check its name." in refusal(build, tmp_path / "no.png")
-    assert "(Is a directory)" in refusal(build, tmp_path)
+def test_label_that_is_missing_or_a_folder(box, tmp_path):
+    assert "(No such file or directory); check its name." in box.refusal(tmp_path / "no.png")
+    assert "(Is a directory)" in box.refusal(tmp_path)
 
 
 @pytest.mark.parametrize("words, told", [
@@ -109,15 +104,15 @@ def test_label_that_is_missing_or_a_folder(build, tmp_path):
     (["--discs", "0"], 'can be 1 to 25, not "0".'),
     (["--paper", "A4"], "--help tells what there is."),
 ])
-def test_arguments_that_are_wrong(build, words, told):
-    assert told in refusal(build, LABELS / "lake.png", *words)
+def test_arguments_that_are_wrong(box, words, told):
+    assert told in box.refusal(LABELS / "lake.png", *words)
 
 
-def test_no_room_on_the_disk(build, box):
+def test_no_room_on_the_disk(box):
     """Too little room is told before anything is printed."""
-    (build / "discs").mkdir()
-    small = box.wrapper(build, "--size", "4000000", "--tmpfs", build / "discs")
-    assert "There is no room on the disk" in refusal(build, LABELS / "lake.png", wrapper=small)
+    (box.build / "discs").mkdir()
+    small = ["--size", "4000000", "--tmpfs", box.build / "discs"]
+    assert "There is no room on the disk" in box.refusal(LABELS / "lake.png", mounts=small)
 
 
 def test_disk_that_fills_up_while_printing(tmp_path, box):
@@ -129,11 +124,9 @@ def test_disk_that_fills_up_while_printing(tmp_path, box):
                 "$3" -B -c 'import sys, demo_print as demo; demo.ROOM_MIB = 0
 sys.argv[1:] = ["--build", sys.argv[1], sys.argv[2]]; sys.exit(demo.main())' "$1" "$4"
                 echo "left: $(ls discs; ls -d job-* 2>/dev/null)"; exit 0"""
-    done = subprocess.run(
-        [*box.wrapper(tmp_path, "--size", "2500000", "--tmpfs", disk), "bash", "-c", script,
-         "bash", disk, BUILD, sys.executable, LABELS / "lake.png"], capture_output=True,
-        text=True, check=False, timeout=120,
-        env={**os.environ, "PYTHONPATH": str(REPOSITORY / "tools")})
+    done = box.run("bash", "-c", script, "bash", disk, BUILD, sys.executable, LABELS / "lake.png",
+                   mounts=["--size", "2500000", "--tmpfs", disk],
+                   env={**os.environ, "PYTHONPATH": str(REPOSITORY / "tools")})
     assert done.stderr == ("demo: There is no room on the disk for the picture; "
                            "delete something and try again.\n")
     assert done.stdout.splitlines()[-1] == "left: "
@@ -148,14 +141,13 @@ def test_defaults_follow_the_draft_resolution():
     assert disc_job.choices("PrintQuality=Quality3")["PrintQuality"] == "Quality3"
 
 
-def test_whole_demonstration(build, box):
+def test_whole_demonstration(box):
     """From the label to the picture, in a private root that holds the engine."""
-    box.install_engine()
-    done = demo(build, LABELS / "orientation.png", "-o", "PrintQuality=Quality3", "--cartridge",
-                "U", "--discs", "2", wrapper=box.wrapper(build))
+    done = box.demo(LABELS / "orientation.png", "-o", "PrintQuality=Quality3", "--cartridge", "U",
+                    "--discs", "2")
     assert done.returncode == 0, done.stderr
-    kept = sorted(os.listdir(build / "discs"))
+    kept = sorted(os.listdir(box.build / "discs"))
     assert kept == [f"orientation-00{n}{kind}.png" for n in (1, 2) for kind in ("-small", "")]
     for words in ("pages    2, 600 dpi, Quality3, engine family Heron, 4 passes", "microlitres",
-                  "STATE: -media-needed", str(build / "discs/orientation-002-small.png")):
+                  "STATE: -media-needed", str(box.build / "discs/orientation-002-small.png")):
         assert words in done.stdout
