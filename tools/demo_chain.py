@@ -77,9 +77,10 @@ class Chain:
 
     def _start(self, name, command, data, pass_on=(), last=False):
         with open(self._errors(name), "wb") as errors:
+            # A session of its own: an interrupt from the keyboard is ours to handle.
             process = subprocess.Popen(
                 command, stdin=data, stdout=subprocess.DEVNULL if last else subprocess.PIPE,
-                stderr=errors, env=self._environment, pass_fds=pass_on)
+                stderr=errors, env=self._environment, pass_fds=pass_on, start_new_session=True)
         if data != subprocess.DEVNULL:
             data.close()
         self.processes[name] = process
