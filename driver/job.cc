@@ -12,10 +12,11 @@
 #include "driver/raster_input.h"
 #include "driver/settings.h"
 #include "engine/document.h"
+#include "engine/engine_output.h"
 #include "engine/job_variables.h"
 #include "status/back_channel.h"
-#include "status/cancel_signal.h"
 #include "status/condition_reports.h"
+#include "status/job_cancel.h"
 #include "status/job_check.h"
 #include "status/state_wait.h"
 #include "status/status_memory.h"
@@ -76,7 +77,7 @@ int EndJob(int page_count) {
   LogMessage(kLogDetail, "     Finished print job");
   EndDocument();
   LogMessage(kLogDetail, "     Flushing stdout");
-  fflush(stdout);
+  FlushEngineOutput();
   WaitForPrinter();
   CloseStatusMemory();
   if (page_count == 0) {
@@ -85,6 +86,13 @@ int EndJob(int page_count) {
   }
   LogMessage(kLogDetail, "     Ready to print.");
   return EXIT_SUCCESS;
+}
+
+// From here on SIGTERM cancels the job in order, also one whose output waits for the printer, and
+// one that ends before it has noticed.
+void PrepareCancel() {
+  InstallJobCancel();
+  SetOutputWait(WaitForOutput);
 }
 
 }  // namespace
@@ -101,7 +109,7 @@ int RunJob(int argc, char* argv[]) {
   TakeJobOptions(arguments);
 
   if (!StartOfPageJobCheck(0)) return EXIT_FAILURE;
-  InstallCancelHandler();
+  PrepareCancel();
   if (!DocumentSetup(ppd)) return EXIT_FAILURE;
 
   cups_raster_t* raster = nullptr;

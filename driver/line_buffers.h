@@ -9,7 +9,8 @@
 
 namespace zr7700 {
 
-// One raster line as read, 3 bytes a pixel, and the same line widened to 4. Owned by the page.
+// One raster line as read, 3 bytes a pixel, and the same line widened to 4. Owned by the page; main
+// thread.
 class LineBuffers {
  public:
   // Makes both for the page that `header` describes. False, with the reason in the log, when a

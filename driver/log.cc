@@ -55,16 +55,11 @@ void WriteLine(const std::string& line) {
 }  // namespace
 
 void LogFixPermissions(const char* path) {
-  int descriptor = open(path, O_RDONLY | kSafeOpen);
-  if (descriptor < 0) descriptor = open(path, O_WRONLY | kSafeOpen);
-  if (descriptor < 0) return;
   struct stat info;
+  if (lstat(path, &info) != 0 || !S_ISREG(info.st_mode)) return;
   constexpr mode_t kReadable = S_IRGRP | S_IROTH;
-  if (fstat(descriptor, &info) == 0 && S_ISREG(info.st_mode) &&
-      (info.st_mode & kReadable) != kReadable) {
-    fchmod(descriptor, (info.st_mode & 07777) | kReadable);
-  }
-  close(descriptor);
+  if ((info.st_mode & kReadable) == kReadable) return;
+  fchmodat(AT_FDCWD, path, (info.st_mode & 07777) | kReadable, AT_SYMLINK_NOFOLLOW);
 }
 
 void LogOpen(const char* path, int threshold) {

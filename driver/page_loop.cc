@@ -11,6 +11,7 @@
 #include "engine/document.h"
 #include "engine/job_variables.h"
 #include "engine/page.h"
+#include "engine/raster_header.h"
 #include "status/job_cancel.h"
 #include "status/job_check.h"
 #include "status/status_thread.h"
@@ -32,8 +33,8 @@ bool ReadHeader(cups_raster_t* raster, cups_page_header2_t& header) {
 
 // The third line's label and order are historical.
 void LogHeader(const cups_page_header2_t& header) {
-  LogMessage(kLogDetail, "     cupsColorSpace %u ", header.cupsColorSpace);
-  LogMessage(kLogDetail, "     cupsColorOrder %u ", header.cupsColorOrder);
+  LogMessage(kLogDetail, "     cupsColorSpace %u ", ColorSpaceOf(header));
+  LogMessage(kLogDetail, "     cupsColorOrder %u ", ColorOrderOf(header));
   LogMessage(kLogDetail, "     cupsColorOrder %.64s %.64s %.64s %.64s ", header.MediaColor,
              header.MediaClass, header.MediaType, header.OutputType);
 }

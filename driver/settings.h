@@ -7,8 +7,8 @@
 
 namespace zr7700 {
 
-// Each setting carries the name of its key; the values here are the built-in defaults. Offsets are
-// in dots at 600 dpi.
+// Each setting carries the name of its key; the values here are the built-in defaults. Margin
+// offsets are in dots at 600 dpi, FeedAdjust in the printer's feed units of 1/1200 inch.
 struct Settings {
   int32_t LeftMarginOffset = 0;
   int32_t TopMarginOffset = 0;

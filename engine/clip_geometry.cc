@@ -12,7 +12,7 @@ namespace {
 // one times the square root of 1 minus this.
 constexpr double kNarrowing = 0.00343396;
 
-// Radius in dots of a business card's rounded corners.
+// Twice the radius of a business card's rounded corners, in dots.
 constexpr int kCornerDiameter = 142;
 
 // The lengths that the outline is drawn from, in dots.

@@ -53,7 +53,7 @@ void SetFixedGeometry(JobVariables& variables) {
   variables.imageHeight = kDiscDots;
   variables.imageWidth = kDiscDots;
   const int32_t offset =
-      variables.isHeron != 0 ? settings.TopMarginOffsetHeron : settings.TopMarginOffset;
+      variables.isHeron == 1 ? settings.TopMarginOffsetHeron : settings.TopMarginOffset;
   variables.topDiscOffset = WrappingAdd(offset, kTopMarginDots);
 }
 
@@ -61,6 +61,7 @@ void SetLimits(JobVariables& variables) {
   variables.clipBufferBytes = kClipBufferBytes;
   variables.maxImageDots = kMaxImageDots;
   variables.nPhotoThreshold = kPhotoThreshold;
+  variables.ImageSharpeningValue = settings.ImageSharpeningLevel;
   variables.nRunCompValue = static_cast<uint32_t>(settings.RunComp);
   variables.nRunCompDiv = static_cast<uint32_t>(settings.RunCompDiv);
   if (variables.nRunCompDiv == 0) LogMessage(kLogDetail, "   RunCompDiv is 0: no ink limit");
@@ -107,12 +108,11 @@ void WritePassCount(const JobVariables& variables) {
   }
 }
 
-void WriteIniFile(JobVariables& variables) {
+void WriteIniFile(const JobVariables& variables) {
   WriteFerroIniFile(kConfiguration, "UseDebugSettings=", "1");
   WriteFerroIniFile(kConfiguration, "Printer=", "1");
   WriteFerroIniFile(kConfiguration,
                     "Color=", variables.ColorMatching == kStandardColors ? "1" : "2");
-  variables.ImageSharpeningValue = settings.ImageSharpeningLevel;
   WritePassCount(variables);
 }
 
@@ -173,9 +173,9 @@ bool DocumentSetup(ppd_file_t* ppd) {
 }
 
 bool RestartDocument() {
-  fflush(stdout);
+  FlushEngineOutput();
   hpe::HPEEndDoc(engineHandle);
-  fflush(stdout);
+  FlushEngineOutput();
   StartEngineDocument(job_variables, CopyColorTablePath(job_variables));
   return true;
 }

@@ -1,18 +1,48 @@
 #include "engine/engine_output.h"
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <cstdio>
+#include <span>
 
 #include "engine/feed_command.h"
 #include "engine/job_variables.h"
 
 namespace zr7700 {
 
-void WriteEngineOutput(void* context, uint8_t* data, uint32_t length_bytes) {
+namespace {
+
+// Small enough for a pipe that says it is ready to take it, and standard output's buffer, whole.
+constexpr size_t kPieceBytes = 2048;
+
+// Main thread only.
+OutputWait wait_for_output = nullptr;
+
+void Wait() {
+  if (wait_for_output != nullptr) wait_for_output(STDOUT_FILENO);
+}
+
+}  // namespace
+
+void SetOutputWait(OutputWait wait) { wait_for_output = wait; }
+
+void FlushEngineOutput() {
+  Wait();
+  fflush(stdout);
+}
+
+void WriteEngineOutput(void* context, uint8_t* data, uint32_t length_bytes) noexcept {
   if (data == nullptr) return;
   if (context != nullptr) {
     AdjustFirstFeed(*static_cast<JobVariables*>(context), {data, length_bytes});
   }
-  [[maybe_unused]] const size_t written = fwrite(data, 1, length_bytes, stdout);
+  for (std::span<const uint8_t> rest(data, length_bytes); !rest.empty();) {
+    const std::span<const uint8_t> piece = rest.first(std::min(rest.size(), kPieceBytes));
+    Wait();
+    [[maybe_unused]] const size_t written = fwrite(piece.data(), 1, piece.size(), stdout);
+    rest = rest.subspan(piece.size());
+  }
 }
 
 }  // namespace zr7700

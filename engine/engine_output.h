@@ -6,11 +6,22 @@
 
 namespace zr7700 {
 
+// Waits until `descriptor` takes at least a few KiB without blocking, or at least until something
+// else wants the main thread's attention, and sees to that.
+using OutputWait = void (*)(int descriptor);
+
+// Sets what is called before every piece that is written: a printer is slow, and a job is cancelled
+// while its output waits more often than not. Without one, writing simply blocks. Main thread.
+void SetOutputWait(OutputWait wait);
+
 // The engine's output callback. Applies the feed adjustment to the block (feed_command.h) and
 // writes its `length_bytes` bytes to standard output, buffered; page and document end flush.
 // `context` is the JobVariables record, or null: the block then goes out as it is. How many bytes
 // could be written is not looked at. Main thread.
-void WriteEngineOutput(void* context, uint8_t* data, uint32_t length_bytes);
+extern "C" void WriteEngineOutput(void* context, uint8_t* data, uint32_t length_bytes) noexcept;
+
+// Hands what is still buffered to the printer. Main thread.
+void FlushEngineOutput();
 
 }  // namespace zr7700
 

@@ -5,8 +5,7 @@
 namespace zr7700 {
 
 // Logs the limit (a phrase such as "8000 bytes in a file") with the file that exceeds it, tells the
-// user in one "ERROR: " line on standard error, and exits with status 1. Main thread, never while
-// the status thread runs.
+// user in one "ERROR: " line on standard error, and exits with status 1. Main thread.
 [[noreturn]] void EndProcessAtLimit(const char* limit, const char* file);
 
 }  // namespace zr7700

@@ -89,7 +89,8 @@ typedef void (*DestroyHostPrintEngineEntry)(HPEHandle);
 /* 9. `axis` 0 horizontal, 1 vertical; the dots per inch of the page's raster. */
 typedef int32_t (*SetInputResolutionEntry)(HPEHandle, uint32_t axis, uint32_t dots_per_inch);
 
-/* 10 to 14, 18, 21, 22: one number each; lengths in dots at the input resolution. */
+/* 10 to 14, 18, 21, 22: one number each. Lengths are in dots at the input resolution, but for the
+ * top margin, which counts 1/600 inch at every resolution. */
 typedef int32_t (*SetNumberEntry)(HPEHandle, int32_t value);
 
 /* 15. `slot` 0 or 1, the kind of cartridge in it, and whether it is there (1) or not (0). */

@@ -19,7 +19,7 @@ constexpr size_t kFileBytes = 8000;
 constexpr char kFileLimit[] = "8000 bytes in a file";
 constexpr size_t kKeyLineBytes = 500;
 constexpr size_t kHeaderBytes = 100;
-// A file of this size is over its limit, whatever is removed from it.
+// The most that is held in memory; such a file is taken as over its limit unseen.
 constexpr size_t kReadBytes = size_t{1} << 20;
 
 bool Contains(std::string_view line, std::string_view text) {

@@ -9,7 +9,8 @@
 
 namespace zr7700 {
 
-// Dots are at the page's resolution, 600 dpi but for drafts. Every field is written and read by the
+// Page geometry is in dots at the page's resolution; OuterMargin and topDiscOffset are in dots at
+// 600 dpi. Every field is written and read by the
 // main thread only; the file that writes it is named where it is not plain.
 struct JobVariables {
   // From the PPD's choices (ppd_choices.cc); 0 where nothing is marked.
@@ -87,10 +88,11 @@ inline bool IsHighQualityMedium(const JobVariables& variables) {
 // The record, zero at start and never reset between pages.
 extern JobVariables job_variables;
 
-// The engine instance that every entry is called with; null until the document is set up.
+// The engine instance (main thread) that every entry is called with; null until the document is set
+// up.
 extern HPEHandle engineHandle;
 
-// Bit 0: the engine is initialised and no print header has been written since.
+// Main thread. Bit 0: the engine is initialised and no print header has been written since.
 extern uint8_t engineFlags;
 inline constexpr uint8_t kEngineInitialised = 0x01;
 

@@ -7,6 +7,7 @@
 #include "engine/engine_properties.h"
 #include "engine/job_variables.h"
 #include "engine/print_header.h"
+#include "engine/raster_header.h"
 
 namespace zr7700 {
 namespace {
@@ -64,7 +65,7 @@ void LogPage(const JobVariables& variables, const cups_page_header2_t& header) {
              variables.vertResolution);
   LogNumber("cupsBitsPerPixel", header.cupsBitsPerPixel);
   LogNumber("cupsBitsPerColor", header.cupsBitsPerColor);
-  LogNumber("cupsColorOrder", header.cupsColorOrder);
+  LogNumber("cupsColorOrder", ColorOrderOf(header));
   LogNumber("cupsBytesPerLine", header.cupsBytesPerLine);
   LogNumber("nPhotoThreshold", variables.nPhotoThreshold);
   LogNumber("nRunCompValue", variables.nRunCompValue);
@@ -82,12 +83,10 @@ bool CheckFormat(const cups_page_header2_t& header) {
   if (header.cupsBitsPerColor != 8 && header.cupsBitsPerColor != 16) {
     return Refuse("cupsBitsPerColor", header.cupsBitsPerColor);
   }
-  if (header.cupsColorOrder != CUPS_ORDER_CHUNKED) {
-    return Refuse("cupsColorOrder", header.cupsColorOrder);
-  }
-  if (header.cupsColorSpace != CUPS_CSPACE_W && header.cupsColorSpace != CUPS_CSPACE_RGB) {
-    return Refuse("cupsColorSpace", header.cupsColorSpace);
-  }
+  const uint32_t order = ColorOrderOf(header);
+  if (order != CUPS_ORDER_CHUNKED) return Refuse("cupsColorOrder", order);
+  const uint32_t space = ColorSpaceOf(header);
+  if (space != CUPS_CSPACE_W && space != CUPS_CSPACE_RGB) return Refuse("cupsColorSpace", space);
   if (header.HWResolution[0] == 0) return Refuse("HWResolution", header.HWResolution[0]);
   return true;
 }
@@ -98,6 +97,7 @@ void SendPrintHeader(const JobVariables& variables) {
   PrintHeader bytes = BuildPrintHeader(variables, ink_warning);
   WriteEngineOutput(nullptr, bytes.data(), bytes.size());
   LogMessage(kLogDetail, "     Print HEADER written");
+  // The flag stands for an engine whose output the printer has not been told of yet.
   engineFlags &= static_cast<uint8_t>(~kEngineInitialised);
 }
 

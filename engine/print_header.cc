@@ -9,6 +9,7 @@ constexpr size_t kDestination = 5;
 constexpr size_t kInkWarning = 6;
 constexpr size_t kChecksum = 15;
 constexpr uint8_t kReadyDestination = 1;
+// The last byte is the checksum of a header of zeros with destination 1; every header gets its own.
 constexpr PrintHeader kTemplate = {0x1B, 0x0B, 0x0E, 0x01, 0x01, 0, 0, 0,
                                    0,    0,    0,    0,    0,    0, 0, 0x37};
 

@@ -14,7 +14,7 @@ class RegularFile {
  public:
   RegularFile(const char* path, int flags) {
     if (path == nullptr) return;
-    descriptor_ = open(path, flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0666);
+    descriptor_ = open(path, flags | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0666);
     struct stat info;
     if (descriptor_ >= 0 && (fstat(descriptor_, &info) != 0 || !S_ISREG(info.st_mode))) Close();
   }

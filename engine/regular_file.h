@@ -1,4 +1,5 @@
-// Whole-file reading and writing that a FIFO or a device in the file's place cannot hold up.
+// Whole-file reading and writing that a FIFO or a device in the file's place cannot hold up, nor a
+// symbolic link lead elsewhere: none of them is a regular file here.
 #ifndef ZR7700_ENGINE_REGULAR_FILE_H_
 #define ZR7700_ENGINE_REGULAR_FILE_H_
 

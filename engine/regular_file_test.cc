@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "tests/support/temporary_folder.h"
 
@@ -27,6 +28,16 @@ TEST(RegularFile, WhatIsNoFileCannotBeRead) {
   }
   EXPECT_EQ(ReadRegularFile(nullptr, 10), std::nullopt);
   EXPECT_FALSE(WriteRegularFile(nullptr, "x"));
+}
+
+TEST(RegularFile, LinkIsNotFollowed) {
+  const test::TemporaryFolder folder;
+  const std::string target = folder.WriteFile("target", "precious");
+  const std::string link = folder.PathOf("link");
+  ASSERT_EQ(symlink(target.c_str(), link.c_str()), 0);
+  EXPECT_EQ(ReadRegularFile(link.c_str(), 10), std::nullopt);
+  EXPECT_FALSE(WriteRegularFile(link.c_str(), "x"));
+  EXPECT_EQ(test::ReadFile(target), "precious");
 }
 
 TEST(RegularFile, WritingCreatesAndReplaces) {

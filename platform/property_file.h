@@ -13,8 +13,7 @@ inline constexpr size_t kMaxPropertyFileBytes = 256 * 1024;
 
 // Reads the regular file at `path` whole into `bytes`. False, with `bytes` undefined, when it
 // cannot be read, is anything but a regular file, is longer than kMaxPropertyFileBytes, or grows
-// while it is read. Never
-// blocks on a FIFO or a device. Any thread.
+// while it is read. Never blocks on a FIFO or a device. Any thread.
 bool ReadPropertyFile(const char* path, std::string& bytes);
 
 // Replaces the content of the existing file at `path` by way of a new file beside it and a rename,

@@ -120,8 +120,13 @@ void DropLeadingZeros(std::string& xml, size_t text_offset, size_t text_end) {
 
 constexpr std::string_view kEntities[] = {"amp", "lt", "gt", "quot", "apos"};
 
-// `name` without its '&' and ';'. A number stands for a character below the surrogates or in the
-// rest of the first plane: nobody spells others in digits.
+// What XML calls a character.
+bool IsCharacter(long code) {
+  if (code < 0x20) return code == '\t' || code == '\n' || code == '\r';
+  return code < 0xd800 || (code > 0xdfff && code < 0xfffe) || (code > 0xffff && code < 0x110000);
+}
+
+// `name` without its '&' and ';'.
 bool IsEntity(const std::string& name) {
   for (const std::string_view known : kEntities) {
     if (name == known) return true;
@@ -132,7 +137,7 @@ bool IsEntity(const std::string& name) {
   if (!name.starts_with('#') || name.size() == digits_begin || name.size() > 8) return false;
   if (name.find_first_not_of(digits, digits_begin) != std::string::npos) return false;
   const long character = strtol(name.c_str() + digits_begin, nullptr, hexadecimal ? 16 : 10);
-  return (character >= 0x20 && character < 0xd800) || (character > 0xdfff && character < 0xfffe);
+  return IsCharacter(character);
 }
 
 bool HasSoundEntities(std::string_view text) {

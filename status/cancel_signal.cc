@@ -45,6 +45,16 @@ sigset_t TerminateSet() {
   return set;
 }
 
+// Waits for `events` of the descriptor; false when a cancel came first.
+bool WaitFor(int descriptor, short events) {
+  pollfd watched[] = {{descriptor, events, 0}, {wake_read, POLLIN, 0}};
+  while (!requested.load()) {
+    if (poll(watched, 2, -1) < 0 && errno != EINTR && errno != EAGAIN) return true;
+    if (watched[0].revents != 0 && !requested.load()) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 void InstallCancelHandler() {
@@ -54,14 +64,9 @@ void InstallCancelHandler() {
 
 bool CancelRequested() { return requested.load(); }
 
-bool WaitForInput(int descriptor) {
-  pollfd watched[] = {{descriptor, POLLIN, 0}, {wake_read, POLLIN, 0}};
-  while (!CancelRequested()) {
-    if (poll(watched, 2, -1) < 0 && errno != EINTR && errno != EAGAIN) return true;
-    if (watched[0].revents != 0 && !CancelRequested()) return true;
-  }
-  return false;
-}
+bool WaitForInput(int descriptor) { return WaitFor(descriptor, POLLIN); }
+
+bool WaitForRoom(int descriptor) { return WaitFor(descriptor, POLLOUT); }
 
 CancelBlock::CancelBlock() {
   const sigset_t terminate = TerminateSet();

@@ -9,7 +9,8 @@
 
 namespace zr7700 {
 
-// Installs the handler; a SIGTERM before this has the system's default effect. Main thread, once.
+// Installs the handler; a SIGTERM before this has the system's default effect. Without a pipe to be
+// had, a cancel still ends the waits that it interrupts. Main thread, once.
 void InstallCancelHandler();
 
 // True once SIGTERM has come. Any thread.
@@ -18,6 +19,9 @@ bool CancelRequested();
 // Waits until `descriptor` has input or has reached its end, or until a cancel is requested, for as
 // long as that takes. True for the former, false for a cancel. Any thread.
 bool WaitForInput(int descriptor);
+
+// The same for a descriptor that is to take output, or has lost its reader.
+bool WaitForRoom(int descriptor);
 
 // While one lives, SIGTERM is held back from the thread that made it and from threads that this
 // thread starts: they inherit the mask, so that the signal finds the main thread.

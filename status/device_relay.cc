@@ -47,7 +47,7 @@ void ReadFromPrinter(int connection, size_t count, Buffer& buffer) {
 }
 
 void WriteToPrinter(int connection, size_t count, Buffer& buffer) {
-  LogMessage(kLogMilestone, "WRITE_DEVICE_DATA");
+  LogMessage(kLogDetail, "WRITE_DEVICE_DATA");
   if (!Acknowledge(connection)) return;
   Clear(buffer);
   if (ReceiveBytes(connection, DataOf(buffer)) > 0) {

@@ -122,6 +122,18 @@ TEST_F(DeviceRelay, LogsAtLevel3) {
   EXPECT_THAT(log.Lines(), ElementsAre());
 }
 
+TEST_F(DeviceRelay, OnlyTheWriteCommandItselfIsOrdinaryDetail) {
+  const test::LogCapture log(1);
+  RelayWith([](const auto& utility) {
+    utility.Send(WithNul("WriteDeviceData 1"));
+    utility.Receive();
+    utility.Send("x");
+    utility.Receive();
+    utility.Send(WithNul("no such command"));
+  });
+  EXPECT_THAT(log.Lines(), ElementsAre("WRITE_DEVICE_DATA"));
+}
+
 TEST_F(DeviceRelay, ReadsAsManyBytesAsAsked) {
   PrinterSays(20);
   RelayWith([](const auto& utility) {

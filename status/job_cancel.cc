@@ -1,10 +1,17 @@
 #include "status/job_cancel.h"
 
+#include <cstdlib>
+
 #include "status/cancel_signal.h"
 #include "status/status_memory.h"
 #include "status/status_thread.h"
 
 namespace zr7700 {
+
+void InstallJobCancel() {
+  InstallCancelHandler();
+  atexit([] { JobCancelled(); });
+}
 
 bool JobCancelled() {
   static bool cancelled = false;
@@ -14,6 +21,12 @@ bool JobCancelled() {
     cancelled = true;
   }
   return cancelled;
+}
+
+void WaitForOutput(int descriptor) {
+  while (!JobCancelled()) {
+    if (WaitForRoom(descriptor)) return;
+  }
 }
 
 }  // namespace zr7700

@@ -4,11 +4,20 @@
 
 namespace zr7700 {
 
+// Makes SIGTERM cancel the job from now on. A process that exits with a cancel pending still brings
+// the cancel's effects about. Main thread, once.
+void InstallJobCancel();
+
 // True once the job is cancelled. The first call after SIGTERM brings the cancel's effects about
 // before it answers: the status thread is stopped and joined, the shared status memory released.
-// That takes as long as the thread's last read or notice does, at worst some 13 seconds. Main
+// That takes as long as the thread's last read and notice do: some 3 seconds with a silent printer,
+// and up to 20 more when the utility neither accepts nor answers. Main
 // thread.
 bool JobCancelled();
+
+// Waits until `descriptor` takes output without blocking, or can take none any more. A cancel that
+// comes meanwhile has its effects at once; the waiting then goes on. Main thread.
+void WaitForOutput(int descriptor);
 
 }  // namespace zr7700
 

@@ -62,7 +62,11 @@ bool IsCutShort() {
 bool CreateStatusMemory(size_t size_bytes) {
   memory.size_bytes = std::min(size_bytes, kStatusRecordBytes);
   memory.descriptor = shm_open(paths::kStatusMemory, O_RDWR | O_CREAT, 0666);
-  if (memory.descriptor < 0 || !IsOurs(memory.descriptor)) return false;
+  if (memory.descriptor >= 0 && !IsOurs(memory.descriptor)) {
+    close(memory.descriptor);
+    memory.descriptor = -1;
+  }
+  if (memory.descriptor < 0) return false;
   MakeReadable(memory.descriptor);
   if (Reserve(memory.descriptor, memory.size_bytes)) {
     memory.mapping = Map(memory.descriptor, memory.size_bytes);

@@ -22,11 +22,13 @@ constexpr useconds_t kRetryPause_us = 100'000;
 // Seconds on the platform's clock of the last valid record or of the last drain; 0 before either.
 double LastStatusTime = 0.0;
 
-void Drain(int count, bool& result) {
+// Throws up to `count` records away; false when the channel ran dry before that.
+bool Drain(int count) {
   PrinterStatusRecord scratch;
-  for (int i = 0; i < count && result; ++i) {
-    result = ReadBackChannel(scratch, kDrainWait_s) == ssize_t{kStatusRecordBytes};
+  for (int i = 0; i < count; ++i) {
+    if (ReadBackChannel(scratch, kDrainWait_s) != ssize_t{kStatusRecordBytes}) return false;
   }
+  return true;
 }
 
 int StaleRecords() {
@@ -55,7 +57,7 @@ bool ClearBackChannelBuffer() {
   LogMessage(kLogMilestone, "ClearBackChannelBuffer called");
   bool result = true;
   if (LastStatusTime != 0.0) {
-    Drain(StaleRecords(), result);
+    result = Drain(StaleRecords());
     LastStatusTime = platform::Now();
   }
   LogMessage(kLogChannel, "ClearBackChannelBuffer returning %d", result ? 1 : 0);

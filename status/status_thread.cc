@@ -71,6 +71,7 @@ void ReportStatusUntilClear(int reads) {
     const PrinterConditions conditions = ReadConditions();
     ReportPrinterConditions(conditions);
     if (!conditions.any) return;
+    // Kept as the last word seen, although no notice goes by it after the job.
     LastErrorWord = conditions.error_word;
     sleep(1);
   }

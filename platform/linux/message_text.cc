@@ -23,6 +23,8 @@ void UseMessageCatalogue(const char* domain, const char* directory) {
   catalogue_domain = domain;
   bindtextdomain(domain, directory);
   bind_textdomain_codeset(domain, "UTF-8");
+  // The system's own error texts stand in the messages too; the character locale stays "C".
+  bind_textdomain_codeset("libc", "UTF-8");
 }
 
 // The language goes by LANGUAGE, which needs no locale of that language on the machine, only a

@@ -50,7 +50,7 @@ class Geometry:
         self.right = u32(width - self.margin)
         self.ring_width = u16(self.right - self.left)
         self.ring_height = u16(self.bottom - self.top)
-        self.hole_radius = u16(u32(u16(inner_diameter) * 300) // 254)
+        self.hole_radius = u32(u16(inner_diameter) * 300) // 254
         self.hole = u16(2 * self.hole_radius)
         self.outer = max(self.ring_width, self.ring_height)
         self.valid = self.hole <= self.outer <= MAX_DOTS

@@ -310,3 +310,30 @@ def test_at_random_moments(group):
     start = random.SystemRandom().randrange(1 << 30)
     count = min(6, CANCELS - 6 * group)
     run_together([lambda s=start + i: random_cancel(s) for i in range(count)])
+
+
+def test_a_cancel_before_a_refused_document_still_releases_the_shared_memory():
+    """The job ends before it asks about a cancel again."""
+    def actions(job):
+        if job.until_trace("HPEStartDoc"):
+            job.terminate()
+            job.until(lambda: False, seconds=0.3)
+        job.release()
+
+    script = {("HPEStartDoc", 1): [("wait", "/bench/go"), ("return", -5)]}
+    result = Job(script=script, actions=actions).run()
+    expect_cancelled(result, 1)
+    assert result.log[-1] == "   ### HPEStartDoc Failed 0xfffffffb"
+
+
+def test_a_cancel_before_a_raster_that_is_not_there_still_releases_the_shared_memory():
+    def actions(job):
+        if job.until_trace("HPEStartDoc"):
+            job.terminate()
+            job.until(lambda: False, seconds=0.3)
+        job.release()
+
+    result = Job(arguments=["1", "u", "t", "1", "", "/bench/nothing"], actions=actions,
+                 script={("HPEStartDoc", 1): [("wait", "/bench/go")]}).run()
+    expect_cancelled(result, 1)
+    assert result.log[-1].startswith("Unable to open raster file - ")

@@ -113,3 +113,11 @@ def test_margins_that_meet_print_unclipped_or_not_at_all():
 def test_rings_on_odd_and_oblong_pages(width, height):
     choices = dict(CHOICES, InnerDiameter="10")
     compare.run(Job(choices=choices, pages=[pages.small(width, height)]))
+
+
+def test_a_hole_of_metres_is_told_in_full_and_refused():
+    """60000 tenths of a millimetre are 60000 * 300 / 254 = 70866 dots, whose double is beyond 16 bits:
+    141732 - 2 * 65536 = 10660."""
+    result = compare.run(Job(choices=dict(CHOICES, InnerDiameter="60000")))
+    assert "     ClipGetData: nID = 70866 (in 300dpi units))\n" in result.log
+    assert "   Unable to create ClipDataBufs!" in result.log

@@ -1,5 +1,6 @@
 """The command line, the PPD and the job options."""
 
+import gettext
 import os
 import struct
 
@@ -87,6 +88,17 @@ def test_the_message_language_follows_the_job(environment, german):
     expected = "ERROR: PPD-Datei lässt sich nicht öffnen: " if german else PPD_ERROR
     assert result.status == 1
     assert result.stderr.startswith(STATES_WITHDRAWN + expected)
+
+
+SYSTEM_TEXTS = "/usr/share/locale/ja/LC_MESSAGES/libc.mo"
+
+
+@pytest.mark.skipif(not os.path.exists(SYSTEM_TEXTS), reason="the package libc-l10n is not here")
+def test_the_systems_error_text_keeps_its_letters():
+    with open(SYSTEM_TEXTS, "rb") as file:
+        text = gettext.GNUTranslations(file).gettext("No such file or directory")
+    result = Job(ppd_text=None, environment={"LANG": "ja_JP.UTF-8"}).run()
+    assert result.stderr.endswith(f": {text}\n")
 
 
 def test_the_raster_comes_from_a_named_file():

@@ -78,8 +78,7 @@ def test_a_file_that_cannot_be_written_stays_as_it_is(text):
     assert result.ini == text
 
 
-@pytest.mark.parametrize("plant", [planted.fifo, planted.link_to_fifo, planted.folder,
-                                   planted.link_to_endless])
+@pytest.mark.parametrize("plant", planted.ALL)
 def test_something_else_in_the_files_place_never_holds_the_job(plant):
     def prepare(sandbox):
         plant(sandbox.path(f"/{ENGINE_DATA}/tqgrcfg.ini"))
@@ -89,6 +88,22 @@ def test_something_else_in_the_files_place_never_holds_the_job(plant):
     assert result.log[-1] == "     Ready to print."
     assert "WriteFerroIniFile failed" in result.log
     assert "     Slot1 set print direction FAILED" in result.log
+
+
+def test_a_link_in_the_files_place_leads_nowhere():
+    """Others may write to the folder: what a link there points to is not the filter's to change."""
+    def prepare(sandbox):
+        sandbox.path("/Users/victim").write_bytes(b"precious\n")
+        sandbox.path(f"/{ENGINE_DATA}/tqgrcfg.ini").symlink_to("/Users/victim")
+
+    kept = []
+    job = Job(prepare=prepare)
+    job.actions = lambda running: kept.append(
+        running.until_log("     Ready to print.")
+        and running.sandbox.path("/Users/victim").read_bytes())
+    result = job.run()
+    assert result.status == 0 and kept == [b"precious\n"]
+    assert "WriteFerroIniFile failed" in result.log
 
 
 def _of_size(total):
@@ -165,8 +180,10 @@ def test_a_file_that_outgrows_the_limit_between_pages_ends_the_process():
     grown = b"[ESwathBuilder]\n" + b"; padding\n" * 900
     result = between_pages(lambda path: path.write_bytes(grown))
     assert result.status == 1 and result.ini == grown
-    last = result.stderr.rstrip("\n").split("\n")[-1]
-    assert last.startswith("     PAGE: 1 1     PAGE: 2 1ERROR: ")
+    # CUPS acts on whole lines only, and the page line before has no line end of its own.
+    page, error = result.stderr.rstrip("\n").split("\n")[-2:]
+    assert page == "     PAGE: 1 1     PAGE: 2 1"
+    assert error.startswith("ERROR: ")
     assert "cfg.ini" in result.log[-1]
     # The second page's header went out before its properties.
     assert len(result.stdout) == 32

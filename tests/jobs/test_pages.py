@@ -78,7 +78,11 @@ def test_a_line_cut_short_is_not_sent():
 
 
 REFUSED = [("cupsBitsPerColor", 4, 4), ("cupsBitsPerColor", 1, 1), ("cupsColorOrder", 1, 1),
-           ("cupsColorOrder", 2, 2), ("cupsColorSpace", 2, 2), ("cupsColorSpace", 17, 17)]
+           ("cupsColorOrder", 2, 2), ("cupsColorSpace", 2, 2), ("cupsColorSpace", 17, 17),
+           # Numbers that the header's own enumerations do not reach.
+           ("cupsColorOrder", 4, 4), ("cupsColorOrder", 65536, 65536),
+           ("cupsColorOrder", 0xFFFFFFFF, 0xFFFFFFFF), ("cupsColorSpace", 64, 64),
+           ("cupsColorSpace", 0xFFFFFFFF, 0xFFFFFFFF)]
 
 
 @pytest.mark.parametrize("name,value,shown", REFUSED)

@@ -76,3 +76,13 @@ def test_something_else_in_the_files_place_leaves_every_default(plant):
     compare.run(Job(prepare=lambda s: plant(s.path(jobs.SETTINGS)), limit=30))
 
 
+
+
+@pytest.mark.parametrize("text", ["a&#10;b", "a&#9;b", "&#x1F600;", "plain &amp; simple"])
+def test_odd_characters_under_other_keys_do_not_hide_the_settings(text):
+    raw = ("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
+           f"<key>Note</key><string>{text}</string>"
+           "<key>FeedAdjust</key><integer>-1800</integer></dict></plist>\n")
+    assert plistlib.loads(raw.encode())["FeedAdjust"] == -1800
+    result = Job(settings=raw.encode()).run()
+    assert "   Feed Adjust: -1800" in result.log

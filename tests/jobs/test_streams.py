@@ -2,6 +2,7 @@
 
 import os
 import signal
+import signal
 import threading
 import time
 
@@ -127,3 +128,26 @@ def test_a_backend_that_stalls_is_no_hindrance_once_it_drains():
     assert not result.shared_memory_left
     calls = sum(call.startswith("HPESendBand") for call in result.calls)
     assert sum(map(len, taken)) == 16 + 100000 * calls
+
+
+def test_a_cancel_takes_effect_while_the_backend_takes_nothing():
+    """The pipe is full when the job is cancelled: the status thread stops and the shared memory goes
+    all the same, and the job ends once the backend has gone too."""
+    read_end, write_end = os.pipe()
+    seen = {}
+
+    def actions(job):
+        if job.until_trace("HPESendBand"):
+            time.sleep(0.7)
+            job.terminate()
+            seen["released"] = job.until(lambda: not job.shared_memory().exists(), seconds=6)
+            seen["stopped"] = "Exit ReadStatusThread" in job.log_text()
+        os.close(read_end)
+
+    job = Job(output=write_end, actions=actions, limit=40,
+              prepare=lambda sandbox: (sandbox.bench / "block").write_bytes(bytes(100000)),
+              script={("HPESendBand", "*"): [("emitfile", "/bench/block")]})
+    result = job.run()
+    os.close(write_end)
+    assert seen == {"released": True, "stopped": True}
+    assert result.status == 128 + signal.SIGPIPE and not result.shared_memory_left

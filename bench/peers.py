@@ -1,0 +1,107 @@
+#!/usr/bin/env python3
+"""Processor time of this filter beside two raster filters from Debian, on the same page.
+
+Usage: bench/peers.py BUILD_FOLDER [RUNS]
+
+BUILD_FOLDER is a build with ZR7700_COMPANIONS=ON and no ZR7700_ROOT. The page is 2834 x 2834 pixels
+of a photograph-like picture, an uncompressed CUPS raster. A filter's time is the least user + system
+time of RUNS runs (default 5); its waiting for a printer costs none. Needs bubblewrap, numpy and the
+packages printer-driver-gutenprint and printer-driver-hpcups.
+"""
+
+import os
+import pathlib
+import resource
+import shutil
+import subprocess
+import sys
+import tempfile
+
+import numpy
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "tests/jobs"))
+import job  # noqa: E402
+import raster  # noqa: E402
+
+SIDE_DOTS = 2834
+
+
+def photograph():
+    """A picture with smooth light, texture and grain, as 8-bit RGB."""
+    y, x = numpy.mgrid[0:SIDE_DOTS, 0:SIDE_DOTS] / SIDE_DOTS
+    light = 0.55 + 0.35 * numpy.sin(3 * x + 2 * numpy.sin(4 * y)) * numpy.cos(2.5 * y)
+    texture = 0.08 * numpy.sin(90 * x + 40 * numpy.sin(11 * y))
+    colors = [light + texture, 0.9 * light - texture, 1 - 0.8 * y + texture]
+    picture = numpy.stack(colors, axis=-1)
+    picture += numpy.random.default_rng(7).normal(0, 0.03, picture.shape)
+    return (numpy.clip(picture, 0, 1) * 255).astype(numpy.uint8)
+
+
+def processor_seconds():
+    used = resource.getrusage(resource.RUSAGE_CHILDREN)
+    return used.ru_utime + used.ru_stime
+
+
+def run_ours(build, page):
+    """Seconds and bytes of one job with the open engine, in a private root."""
+    os.environ["ZR7700_FILTER"] = str(build / "rastertoZR7700")
+
+    def place_engine(sandbox):
+        shutil.copytree(build / "root", sandbox.root, dirs_exist_ok=True)
+
+    ppd = next((build / "ppd").glob("**/*.ppd")).read_text()
+    before = processor_seconds()
+    result = job.Job(pages=page, ppd_text=ppd, from_file=True, prepare=place_engine).run()
+    if result.status != 0:
+        sys.exit("rastertoZR7700 failed:\n" + result.stderr)
+    return processor_seconds() - before, len(result.stdout)
+
+
+def run_peer(command, ppd, page_file):
+    """Seconds and bytes of one run of another filter."""
+    before = processor_seconds()
+    with tempfile.TemporaryFile() as output:
+        subprocess.run([command, "1", "me", "title", "1", "", str(page_file)],
+                       env={**os.environ, "PPD": str(ppd)}, stdout=output,
+                       stderr=subprocess.DEVNULL, check=True)
+        return processor_seconds() - before, os.fstat(output.fileno()).st_size
+
+
+def peer(folder, page_file, name, ppd_command):
+    """A function that runs the filter once, with the PPD that the command prints."""
+    ppd = folder / f"{name}.ppd"
+    with open(ppd, "wb") as output:
+        subprocess.run(ppd_command, stdout=output, stderr=subprocess.DEVNULL, check=True)
+    return lambda: run_peer(f"/usr/lib/cups/filter/{name}", ppd, page_file)
+
+
+def main():
+    build = pathlib.Path(sys.argv[1]).resolve()
+    runs = int(sys.argv[2]) if len(sys.argv) > 2 else 5
+    picture = photograph()
+    lines = [line.tobytes() for line in picture]
+    fields = raster.rgb_page(SIDE_DOTS, 0, None, cupsHeight=SIDE_DOTS).fields
+    page = raster.stream([raster.Page(fields, lines)])
+    with tempfile.TemporaryDirectory() as name:
+        folder = pathlib.Path(name)
+        page_file = folder / "page.ras"
+        page_file.write_bytes(page)
+        rows = {
+            "rastertoZR7700 with the open engine": lambda: run_ours(build, page),
+            "rastertogutenprint (Epson R300)":
+                peer(folder, page_file, "rastertogutenprint.5.3",
+                     ["/usr/lib/cups/driver/gutenprint.5.3", "cat",
+                      "gutenprint.5.3://escp2-r300/expert"]),
+            "hpcups (HP Photosmart D5300)":
+                peer(folder, page_file, "hpcups",
+                     ["/usr/lib/cups/daemon/cups-driverd", "cat",
+                      "drv:///hpcups.drv/hp-photosmart_d5300_series.ppd"]),
+        }
+        print("| filter | processor time | bytes written |\n| --- | --- | --- |")
+        for label, run in rows.items():
+            seconds, size = min(run() for _ in range(runs))
+            print(f"| {label} | {seconds:.3f} s | {size:,} |")
+
+
+if __name__ == "__main__":
+    main()
