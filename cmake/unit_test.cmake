@@ -11,11 +11,17 @@ target_compile_options(zr7700_unit_test_headers PRIVATE ${unit_test_options})
 target_precompile_headers(zr7700_unit_test_headers PRIVATE
   <gmock/gmock.h> <gtest/gtest.h> <string> <vector>)
 
-# zr7700_unit_test(NAME LIBRARIES...): builds NAME.cc of this folder against the libraries and
-# registers each of its cases with CTest. NAME ends in _test and stands beside the source it tests.
+# zr7700_unit_test(NAME LIBRARIES... [SOURCE FILE]): builds FILE (NAME.cc unless named) of this folder
+# against the libraries and registers each of its cases with CTest. NAME ends in _test; the file
+# stands beside the source it tests.
 function(zr7700_unit_test name)
-  add_executable(${name} ${name}.cc)
-  target_link_libraries(${name} PRIVATE zr7700_options GTest::gmock_main ${ARGN})
+  cmake_parse_arguments(arg "" "SOURCE" "" ${ARGN})
+  if(NOT arg_SOURCE)
+    set(arg_SOURCE ${name}.cc)
+  endif()
+  add_executable(${name} ${arg_SOURCE})
+  target_link_libraries(${name} PRIVATE
+    zr7700_options GTest::gmock_main ${arg_UNPARSED_ARGUMENTS})
   target_compile_options(${name} PRIVATE ${unit_test_options})
   target_precompile_headers(${name} REUSE_FROM zr7700_unit_test_headers)
   gtest_discover_tests(${name} TEST_PREFIX "${name}: " DISCOVERY_TIMEOUT 60)
