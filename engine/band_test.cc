@@ -101,5 +101,13 @@ TEST_F(BandTest, ConversionSeesTheLow16BitsOfTheLineNumberTheEngineAll) {
   EXPECT_THAT(engine_.calls(), ElementsAre("HPESendBand(engine, 0, 66137, 1, 2, 8, data)"));
 }
 
+TEST_F(BandTest, RefusalIsADetail) {
+  const test::LogCapture log(1);
+  engine_.Answer("HPESendBand", 7);
+  EXPECT_FALSE(SendLine(variables_, line_.data(), 2, 601));
+  EXPECT_THAT(log.Lines(),
+              ElementsAre(testing::StartsWith("Error:  HPESendBand Failed err=7 y=601 ")));
+}
+
 }  // namespace
 }  // namespace zr7700

@@ -52,6 +52,13 @@ class ClipBuffersTest : public test::JobTest {
     ExpectEmptied();
   }
 
+  // What is logged of a failed creation at that threshold.
+  std::vector<std::string> FailureAt(int threshold) {
+    const test::LogCapture log(threshold);
+    EXPECT_FALSE(ClipDataBufsCreate(variables_));
+    return log.Lines();
+  }
+
   void ExpectEmptied() {
     EXPECT_EQ(variables_.clipBufCount, 0u);
     EXPECT_EQ(variables_.clipBufSize, 0u);
@@ -232,6 +239,48 @@ TEST_F(ClipBuffersTest, DeleteOfBuffersThatAreNotThereFailsAndLeavesTheFields) {
                                       "ClipDataBufsDelete: returning (FALSE)"));
   EXPECT_EQ(variables_.clipBufCount, 1u);
   EXPECT_EQ(variables_.clipBufSize, 20400u);
+}
+
+TEST_F(ClipBuffersTest, InvalidFormAtEveryLevel) {
+  variables_.discForm = 7;
+  const char* const form = "ClipDataBufsRequired: invalid form!";
+  const char* const count = "ERROR:  OemClipDataBufsCreate: failed to get count!";
+  EXPECT_THAT(FailureAt(1), ElementsAre(count));
+  EXPECT_THAT(FailureAt(2), ElementsAre(form, count));
+  EXPECT_THAT(FailureAt(3), ElementsAre(form, count));
+  EXPECT_THAT(FailureAt(4), ElementsAre(form, count));
+}
+
+TEST_F(ClipBuffersTest, ErrorsAreDetailsAndTheFailedReturnsTraces) {
+  for (const int threshold : {1, 2, 3, 4}) {
+    variables_.clipBufferBytes = 0xFFFFFFFFu;
+    EXPECT_THAT(FailureAt(threshold),
+                ElementsAre("ERROR:  OemClipDataBufsCreate: failed to get size!\n"));
+    variables_.clipBufferBytes = 0;
+    EXPECT_THAT(FailureAt(threshold),
+                ElementsAre("ERROR:  ClipDataBufsInitialize(): invalid buffer!",
+                            "ERROR:  OemClipDataBufsCreate: initialization failure!"));
+  }
+}
+
+TEST_F(ClipBuffersTest, TooSmallABufferIsADetail) {
+  const test::LogCapture log(1);
+  uint8_t buffer[4] = {};
+  EXPECT_FALSE(ClipDataBufsInitialize(variables_, buffer, sizeof buffer, 0));
+  EXPECT_THAT(log.Lines(), ElementsAre("ERROR:  ClipDataBufsInitialize(): buffer too small!"));
+}
+
+TEST_F(ClipBuffersTest, DeletingIsATraceAndWhatIsNotThereADetail) {
+  ASSERT_TRUE(ClipDataBufsCreate(variables_));
+  const test::LogCapture log(4);
+  EXPECT_TRUE(ClipDataBufsDelete(variables_));
+  EXPECT_THAT(log.Lines(), IsEmpty());
+  variables_.clipBufCount = 1;
+  for (const int threshold : {1, 2, 3, 4}) {
+    const test::LogCapture failure(threshold);
+    EXPECT_FALSE(ClipDataBufsDelete(variables_));
+    EXPECT_THAT(failure.Lines(), ElementsAre("ERROR:  OemClipDataBufsDelete(): no memory!"));
+  }
 }
 
 // A sanitizer's allocator ends the process instead of answering null.

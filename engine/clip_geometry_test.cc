@@ -33,6 +33,13 @@ class ClipGeometryTest : public test::JobTest {
 
   bool Fill() { return ClipGetData(variables_, table_); }
 
+  // What is logged of a refusal at that threshold.
+  std::vector<std::string> RefusalAt(int threshold) {
+    const test::LogCapture log(threshold);
+    EXPECT_FALSE(Fill());
+    return log.Lines();
+  }
+
   void ExpectAllZero() {
     for (size_t line = 0; line < table_.size(); ++line) {
       ASSERT_EQ(table_[line].outer, 0) << line;
@@ -309,6 +316,78 @@ TEST_F(ClipGeometryTest, HugeHeightsEndInBoundedTime) {
     }
   }
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+}
+
+TEST_F(ClipGeometryTest, OutlineAtEveryLevel) {
+  variables_.discForm = OEM_FORM_BUSINESS_CD;
+  SetPage(2000, 2001, 150);
+  for (const int threshold : {1, 2, 3, 4}) {
+    const test::LogCapture log(threshold);
+    EXPECT_TRUE(Fill());
+    if (threshold < 3) {
+      EXPECT_THAT(log.Lines(), ElementsAre("     ClipGetData: nID = 0 (in 300dpi units))\n"));
+    } else {
+      EXPECT_THAT(log.Lines(),
+                  ElementsAre("     ClipGetData: nID = 0 (in 300dpi units))\n",
+                              "     ClipGetData: wImageWidth = 1700, wImageHeight = 1701\n",
+                              "     ClipGetData: setting initial wIndex to 150",
+                              "     ClipGetData: Clipping for OEM_FORM_BUSINESS_CD"));
+    }
+  }
+}
+
+TEST_F(ClipGeometryTest, RefusalAtEveryLevel) {
+  SetPage(5101, 100, 0);
+  std::vector<std::string> expected = {"     ClipGetData: nID = 0 (in 300dpi units))\n"};
+  EXPECT_EQ(RefusalAt(1), expected);
+  expected.emplace_back("Invalid Dimension wOd: 5101, Pline 5100");
+  EXPECT_EQ(RefusalAt(2), expected);
+  expected.insert(expected.begin() + 1,
+                  "     ClipGetData: wImageWidth = 5101, wImageHeight = 100\n");
+  expected.emplace_back("ClipGetData:  returning (FALSE)");
+  EXPECT_EQ(RefusalAt(3), expected);
+  EXPECT_EQ(RefusalAt(4), expected);
+}
+
+TEST_F(ClipGeometryTest, CardsWidthIsHalvedWithItsSign) {
+  variables_.discForm = OEM_FORM_BUSINESS_CD;
+  SetPage(2000, 2001, 150);
+  // 2003 - 2^31 halved toward zero is 1002 - 2^30, the low 16 bits of which are 1002.
+  variables_.imageWidth = 0x80000000u + 2003;
+  ASSERT_TRUE(Fill());
+  EXPECT_EQ(table_[220].outer, 850);
+  EXPECT_EQ(table_[221].outer, 852);
+}
+
+TEST_F(ClipGeometryTest, CardOfNegativeHeightHasNoStraightSides) {
+  variables_.discForm = OEM_FORM_BUSINESS_CD;
+  SetPage(1700, 2001, 150);
+  variables_.imageHeight = 0x7FFFFFFF;
+  ASSERT_TRUE(Fill());
+  EXPECT_EQ(table_[221].outer, 700);
+  EXPECT_EQ(table_[5099].outer, 700);
+  for (const uint32_t height : {0x80000000u, 0xFFFFFFFFu}) {
+    variables_.imageHeight = height;
+    ASSERT_TRUE(Fill());
+    EXPECT_EQ(table_[220].outer, 700) << height;
+    EXPECT_EQ(table_[221].outer, 0) << height;
+    EXPECT_EQ(table_[5099].outer, 0) << height;
+  }
+}
+
+TEST_F(ClipGeometryTest, HolesRadiusIsLoggedWholeWhileItsDiameterKeeps16Bits) {
+  variables_.maxImageDots = 20000;
+  variables_.InnerDiam = 60000;  // x 300 / 254 is 70866; twice that, less 2 x 65536, is 10660
+  SetPage(12000, 12000, 0);
+  ASSERT_TRUE(Fill());
+  EXPECT_THAT(LogLines(), Contains("     ClipGetData: nID = 70866 (in 300dpi units))\n"));
+  EXPECT_EQ(table_[670].inner, 0);      // (12000 - 10660) / 2
+  EXPECT_EQ(table_[671].inner, 103);    // 10660² - 10658² = 42636, its root 206
+  EXPECT_EQ(table_[4670].inner, 5161);  // 10660² - 2660² = 106560000, its root 10322
+  SetPage(10660, 10660, 0);
+  EXPECT_TRUE(Fill());
+  SetPage(10659, 10659, 0);
+  EXPECT_FALSE(Fill());
 }
 
 }  // namespace

@@ -315,5 +315,41 @@ TEST_F(DocumentTest, FailedEndIsOnlyLogged) {
   EXPECT_EQ(engine_.calls().back(), "DestroyHostPrintEngine(engine)");
 }
 
+TEST_F(DocumentTest, SetupAtEveryLevel) {
+  for (const int threshold : {1, 2, 3, 4}) {
+    const test::LogCapture log(threshold);
+    EXPECT_TRUE(SetUpDocument({{"PrintQuality", "Quality1"}}));
+    if (threshold < 3) {
+      EXPECT_THAT(log.Lines(), ElementsAre("   HPEInitialize Success /three /four", "NORMAL MODE",
+                                           "   ### HPEStartDoc Called with color table /photo",
+                                           "   ### HPEStartDoc Passed"));
+    } else {
+      EXPECT_THAT(log.Lines(),
+                  ElementsAre("SETUP", "   LittleEndian", "   ### HPEInitialize",
+                              "   HPEInitialize Success /three /four", "Default Page Format CDDVD",
+                              "NORMAL MODE", "   PrintQualityChoice : Quality1",
+                              "   ### HPEStartDoc Called with color table /photo",
+                              "   ### HPEStartDoc Passed", "SETUP_END"));
+    }
+  }
+}
+
+TEST_F(DocumentTest, DraftAndFailuresAreDetails) {
+  const test::LogCapture log(1);
+  job_variables.horzResolution = 300;
+  engine_.Answer("HPEStartDoc", 0x10);
+  EXPECT_FALSE(SetUpDocument({}));
+  engine_.Answer("HPEInitialize", -2);
+  EXPECT_FALSE(SetUpDocument({}));
+  engine_.Answer("HPEEndDoc", 0xAB);
+  EXPECT_TRUE(EndDocument());
+  EXPECT_THAT(log.Lines(),
+              ElementsAre("   HPEInitialize Success /three /four",
+                          "Draft Mode set Top Offset to 300 dpi units",
+                          "   ### HPEStartDoc Called with color table /photo",
+                          "   ### HPEStartDoc Failed 0x10", "   HPEInitialize Failed 0xfffffffe",
+                          "   ### HPEEndDoc", "HPEEndDoc Failed 0xab"));
+}
+
 }  // namespace
 }  // namespace zr7700

@@ -43,6 +43,13 @@ class EnginePropertiesTest : public test::JobTest {
     return LogLines();
   }
 
+  // The log lines of one run at that threshold.
+  std::vector<std::string> LinesAt(int threshold) {
+    const test::LogCapture log(threshold);
+    EXPECT_TRUE(SetHPEProperties(variables_));
+    return log.Lines();
+  }
+
   test::TemporaryFolder folder_;
   const std::string ini_path_ = folder_.WriteFile("engine.ini", "");
   test::RecordedEngine engine_;
@@ -260,6 +267,59 @@ TEST_F(EnginePropertiesTest, GraniteHasACodeForTheThirdQualityAndForGlossyMedia)
               IsSupersetOf({"SetOutputPrintQuality(engine, 3)", "SetMediaType(engine, 8)"}));
   EXPECT_THAT(Lines(), IsSupersetOf({"     Resolution set to PQ_BETTER",
                                      "     Media set to MT_GLOSSY2", "      SetMediaType = (8)"}));
+}
+
+TEST_F(EnginePropertiesTest, OnlyTheHeadingIsAMilestone) {
+  const std::string heading = "   SetHPEProperties: Printing with the following FERRO settings";
+  variables_.pageWidth = 1000;
+  std::vector<std::string> expected = Lines();
+  EXPECT_EQ(expected.size(), 25u);  // four of the narrow page
+  EXPECT_EQ(std::erase(expected, "     In ripGetMarginWidth"), 1u);
+  EXPECT_EQ(LinesAt(3), expected);
+  EXPECT_EQ(LinesAt(4), expected);
+  EXPECT_EQ(std::erase(expected, heading), 1u);
+  EXPECT_EQ(LinesAt(1), expected);
+  EXPECT_EQ(LinesAt(2), expected);
+}
+
+TEST_F(EnginePropertiesTest, FailuresAreDetails) {
+  for (const char* const entry :
+       {"SetInputResolution", "SetLeftMargin", "SetTopMargin", "SetPhysicalWidth",
+        "SetPrintableWidth", "SetPrintableHeight", "SetInstalledCartridge", "SetMediaType",
+        "SetOutputPrintQuality", "SetPaperTray", "SetPageIntent", "SetImageSharpeningLevel",
+        "SetHPERasterFormat"}) {
+    engine_.Answer(entry, 10);
+  }
+  const std::string nowhere = folder_.PathOf("missing/engine.ini");
+  job_variables.engineIniPath = nowhere.c_str();
+  const test::LogCapture log(1);
+  EXPECT_FALSE(SetHPEProperties(variables_));
+  EXPECT_THAT(
+      log.Lines(),
+      IsSupersetOf(
+          {"     Slot1 set print direction FAILED", "     Slot2 set print direction FAILED",
+           "      SetHorzInputResolution FAILED - (10)",
+           "      SetVertInputResolution FAILED - (10)", "      SetLeftMargin FAILED - (10)",
+           "      SetTopMargin FAILED - (10)", "      SetPhysicalWidth FAILED - (10)",
+           "      SetPrintableWidth FAILED - (10)", "      SetPrintableHeight FAILED - (10)",
+           "   SetInstalledCartridge FAILED - (0xA)", "     SetInstalledCartridge FAILED - (0xA)",
+           "      SetMediaType FAILED - (10)", "      SetOutputPrintQuality FAILED - (10)",
+           "      SetPaperTray FAILED - (10)", "      SetPageIntent FAILED - (0xA)",
+           "      SetImageSharpeningLevel FAILED - (0xA)",
+           "      SetHPERasterFormat FAILED - (10)"}));
+}
+
+TEST_F(EnginePropertiesTest, PageWidthIsMeasuredWithItsSign) {
+  variables_.pageWidth = 0xFFFFFFFF;  // 1916 - (1200 + 1) is 715
+  EXPECT_THAT(Calls(),
+              IsSupersetOf({"SetLeftMargin(engine, 715)", "SetPrintableWidth(engine, 1200)"}));
+  EXPECT_THAT(Lines(), Contains("      Print Width = (-1)"));
+  variables_.pageWidth = 0x80000000;  // 1916 - 1200 - 2^31
+  EXPECT_THAT(Calls(), IsSupersetOf({"SetLeftMargin(engine, -2147482932)",
+                                     "SetPrintableWidth(engine, 1200)"}));
+  variables_.pageWidth = 0x7FFFFFFF;
+  EXPECT_THAT(Calls(), IsSupersetOf({"SetLeftMargin(engine, 1916)",
+                                     "SetPrintableWidth(engine, 2147483647)"}));
 }
 
 }  // namespace

@@ -34,12 +34,6 @@ TEST_F(FeedCommandTest, FeedIsShiftedByTheSetting) {
                                       "**Set FEED: 8100, {0x00, 0x00, 0x1f, 0xa4}\n"));
 }
 
-TEST_F(FeedCommandTest, FeedLinesAreMilestones) {
-  const test::LogCapture quiet(2);
-  Adjusted({0x1B, 0x2A, 7, 0x66, 0, 0, 0, 0});
-  EXPECT_THAT(quiet.Lines(), IsEmpty());
-}
-
 TEST_F(FeedCommandTest, SumWrapsModulo2To32) {
   // 1899 - 1900 is 2^32 - 1.
   EXPECT_EQ(Adjusted({0x1B, 0x2A, 7, 0x66, 0, 0, 0x07, 0x6B}),
@@ -160,6 +154,28 @@ TEST_F(FeedCommandTest, OnlyTheFirstTwoByteFeedIsAdjusted) {
   bool found = false;
   EXPECT_EQ(Adjust16(block, found, 1), 1);
   EXPECT_EQ(block, expected);
+}
+
+TEST_F(FeedCommandTest, FeedLinesAreWrittenFromLevelThree) {
+  for (const int threshold : {1, 2, 3, 4}) {
+    const test::LogCapture log(threshold);
+    Adjusted({0x1B, 0x2A, 7, 0x66, 0, 0, 0x27, 0x10});
+    if (threshold < 3) {
+      EXPECT_THAT(log.Lines(), IsEmpty()) << threshold;
+    } else {
+      EXPECT_THAT(log.Lines(), ElementsAre("**Found FEED: 10000, {0x00, 0x00, 0x27, 0x10}\n",
+                                           "**Set FEED: 8100, {0x00, 0x00, 0x1f, 0xa4}\n"));
+    }
+  }
+}
+
+TEST_F(FeedCommandTest, TwoByteFeedLinesAreDetails) {
+  const test::LogCapture log(1);
+  Bytes block = Feed16Block(0, 105);
+  bool found = false;
+  EXPECT_EQ(Adjust16(block, found, 1000), 1);
+  EXPECT_THAT(log.Lines(),
+              ElementsAre("**Found FEED: 100, {0x00, 0x64}", "**Set FEED: 1100  {0x04, 0x4c}"));
 }
 
 }  // namespace

@@ -222,5 +222,17 @@ TEST_F(IniFileTest, LinesOfAJobsSettings) {
             "Slot1NumPassesOverride=1 \n\nSlot1PrintDirection=0 \n");
 }
 
+TEST_F(IniFileTest, EveryLineIsADetail) {
+  const test::LogCapture log(1);
+  const std::string path = folder_.PathOf("missing/engine.ini");
+  job_variables.engineIniPath = path.c_str();
+  EXPECT_FALSE(WriteFerroIniFile("[Configuration]", "Color=", "1"));
+  EXPECT_FALSE(RemoveFerroIniKey("[Configuration]", "Color="));
+  EXPECT_THAT(log.Lines(),
+              ElementsAre("ferro ini file not present trying to create",
+                          "Unable to open ferro ini file for writing", "WriteFerroIniFile failed",
+                          "Unable to open ferro ini file for writing", "WriteFerroIniFile failed"));
+}
+
 }  // namespace
 }  // namespace zr7700

@@ -95,5 +95,15 @@ TEST_F(MarginsTest, HugeOffsetWrapsAndIsNoMargin) {
   EXPECT_EQ(ripGetMarginWidth(variables_), 0);
 }
 
+TEST_F(MarginsTest, EntryIsATraceAndTheMarginADetail) {
+  variables_.horzResolution = 300;
+  settings.LeftMarginOffset = -3000;
+  for (const int threshold : {1, 2, 3, 4}) {
+    const test::LogCapture log(threshold);
+    EXPECT_EQ(ripGetMarginWidth(variables_), 0);
+    EXPECT_THAT(log.Lines(), ElementsAre(kWarning, kDraft, "     Margin Width 0")) << threshold;
+  }
+}
+
 }  // namespace
 }  // namespace zr7700

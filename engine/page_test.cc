@@ -65,6 +65,20 @@ class PageTest : public test::JobTest {
     return started;
   }
 
+  // What is logged of a page's start at that threshold.
+  std::vector<std::string> LinesAt(int threshold) {
+    const test::LogCapture log(threshold);
+    EXPECT_TRUE(Start());
+    return log.Lines();
+  }
+
+  // The last that is logged of a refused page at threshold 1.
+  std::string LastLineAtOne() {
+    const test::LogCapture log(1);
+    EXPECT_FALSE(Start());
+    return log.Lines().back();
+  }
+
   void ExpectRefusedFormat(const std::string& line) {
     log_.Clear();
     EXPECT_FALSE(Start());
@@ -271,6 +285,69 @@ TEST_F(PageTest, FailedEndOfAPageIsOnlyLogged) {
   EXPECT_TRUE(EndPage());
   EXPECT_THAT(LogLines(), ElementsAre("END_PAGE", "   ### HPEEndPage", "   HPEEndPage Failed 0x1f",
                                       "END_PAGE_END"));
+}
+
+// The job variables and what is told of the header and the engine; 19 lines of the properties stand
+// between the two.
+TEST_F(PageTest, DetailsAreWrittenWithoutTheMilestones) {
+  const std::string engine = PointerText(engine_.handle());
+  for (const int threshold : {1, 2}) {
+    const std::vector<std::string> lines = LinesAt(threshold);
+    ASSERT_EQ(lines.size(), 16u + 19u + 3u) << threshold;
+    EXPECT_THAT(
+        std::vector<std::string>(lines.begin(), lines.begin() + 17),
+        ElementsAre("-------  Job Variables  -------\n", "   ColorMatching: 2",
+                    "   DiscSurfaceQuality: 5", "   PrintQuality: 4", "   topDiscOffset: -31",
+                    "   OuterMargin: 600", "   InnerDiam: 150", "   bottomOutputImage: 2235",
+                    "   topOutputImage: 600", "   leftOutputImage: 600",
+                    "   rightOutputImage: 2234", "   InkSaturation: 90",
+                    "     ClipGetData: nID = 177 (in 300dpi units))\n",
+                    "     Color Ink Warning: 09e8c610", "     Print HEADER written",
+                    "   ### SetHPEProperties Called", "     Setting print direction to BIDI"));
+    EXPECT_THAT(std::vector<std::string>(lines.end() - 3, lines.end()),
+                ElementsAre("   ### SetHPEProperties Passed", "   ### HPEStartPage Called",
+                            "   ### HPEStartPage Passsed " + engine + " 0x0"));
+  }
+}
+
+TEST_F(PageTest, MilestonesAreAllElseButTheTraceOfTheMargin) {
+  std::vector<std::string> expected = LinesAt(5);
+  EXPECT_EQ(std::erase(expected, "     In ripGetMarginWidth"), 1u);
+  EXPECT_EQ(expected.size(), 55u);
+  EXPECT_EQ(LinesAt(3), expected);
+  EXPECT_EQ(LinesAt(4), expected);
+}
+
+TEST_F(PageTest, WhyAPageIsRefusedIsADetail) {
+  engine_.Answer("HPEStartPage", 7);
+  EXPECT_EQ(LastLineAtOne(),
+            "   ### HPEStartPage Failed " + PointerText(engine_.handle()) + " 0x7");
+  engine_.Answer("SetPaperTray", 5);
+  EXPECT_EQ(LastLineAtOne(), "   ### SetHPEProperties Failed");
+  job_variables.maxImageDots = 0;
+  EXPECT_EQ(LastLineAtOne(), kCreateFailed);
+  header_.HWResolution[0] = 0;
+  EXPECT_EQ(LastLineAtOne(), "   Bad HWResolution=0!");
+  header_.cupsColorSpace = CUPS_CSPACE_CMYK;
+  EXPECT_EQ(LastLineAtOne(), "   Bad cupsColorSpace=6!");
+  header_.cupsColorOrder = CUPS_ORDER_PLANAR;
+  EXPECT_EQ(LastLineAtOne(), "   Bad cupsColorOrder=2!");
+  header_.cupsBitsPerColor = 4;
+  EXPECT_EQ(LastLineAtOne(), "   Bad cupsBitsPerColor=4!");
+}
+
+TEST_F(PageTest, EndOfAPageAtEveryLevel) {
+  engine_.Answer("HPEEndPage", 0x1F);
+  for (const int threshold : {1, 2, 3, 4}) {
+    const test::LogCapture log(threshold);
+    EXPECT_TRUE(EndPage());
+    if (threshold < 3) {
+      EXPECT_THAT(log.Lines(), ElementsAre("   ### HPEEndPage", "   HPEEndPage Failed 0x1f"));
+    } else {
+      EXPECT_THAT(log.Lines(), ElementsAre("END_PAGE", "   ### HPEEndPage",
+                                           "   HPEEndPage Failed 0x1f", "END_PAGE_END"));
+    }
+  }
 }
 
 }  // namespace

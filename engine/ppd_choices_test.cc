@@ -119,5 +119,28 @@ TEST_F(PpdChoicesTest, JobOptionOverridesThePpdsDefault) {
   EXPECT_EQ(variables_.PrintQuality, 3);
 }
 
+TEST_F(PpdChoicesTest, ChoicesAreMilestones) {
+  const Choices choices = {{"InnerDiameter", "220"},
+                           {"Saturation", "90"},
+                           {"OuterMargin", "3"},
+                           {"MediaType", "HighGloss"},
+                           {"PrintQuality", "Quality1"},
+                           {"ColorMatching", "Standard"},
+                           {"Bidi", "No"}};
+  for (const int threshold : {1, 2, 3, 4}) {
+    const test::LogCapture log(threshold);
+    Read(choices);
+    if (threshold < 3) {
+      EXPECT_THAT(log.Lines(), IsEmpty()) << threshold;
+    } else {
+      EXPECT_THAT(log.Lines(),
+                  ElementsAre("   InnerDiameterChoice : 220", "   SaturationChoice : 90",
+                              "   OuterMarginChoice : 3", "   MediaTypeChoice : HighGloss",
+                              "   PrintQualityChoice : Quality1",
+                              "   ColorMatchingChoice : Standard", "   BidiChoice : No"));
+    }
+  }
+}
+
 }  // namespace
 }  // namespace zr7700
