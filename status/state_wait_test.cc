@@ -173,5 +173,42 @@ TEST_F(WaitForPrinterStateTest, LogsTheCancelAsAMilestone) {
   });
 }
 
+TEST_F(WaitForPrinterStateTest, TheLimitExactlyIsNotExceeded) {
+  test::StopClock(5000.0);
+  Script({InState('B')});
+  EXPECT_FALSE(WaitForPrinterState(record_, 'I', true, 2));
+  // At 0, 1, 2 and 3 seconds; only 3 is more than 2.
+  EXPECT_EQ(test::StatusRequests(), 4);
+}
+
+TEST_F(WaitForPrinterStateTest, ASilenceOfThreeSecondsExactlyIsForgiven) {
+  test::StopClock(5000.0);
+  Script({std::nullopt, InState('I')}, 3.0);
+  EXPECT_TRUE(WaitForPrinterState(record_, 'I', true, 20));
+  EXPECT_EQ(test::StatusRequests(), 2);
+}
+
+TEST_F(WaitForPrinterStateTest, AMillisecondMoreOfSilenceIsNot) {
+  test::StopClock(5000.0);
+  Script({std::nullopt, InState('I')}, 3.001);
+  EXPECT_FALSE(WaitForPrinterState(record_, 'I', true, 20));
+  EXPECT_EQ(test::StatusRequests(), 1);
+}
+
+// Records at 0.75, 1.75, 2.75 and 3.75 seconds, then a failed read from 4.75 on: the silence counts
+// from second 3.
+TEST_F(WaitForPrinterStateTest, SilenceCountsFromTheLastRecordsWholeSecond) {
+  const std::vector<test::Answer> answers = {InState('B'), InState('B'), InState('B'),
+                                             InState('B'), std::nullopt, InState('I')};
+  test::StopClock(5000.75);
+  Script(answers, 1.25);  // until 6.0: 3 seconds of silence
+  EXPECT_TRUE(WaitForPrinterState(record_, 'I', true, 20));
+  EXPECT_EQ(test::StatusRequests(), 6);
+  test::StopClock(5000.75);
+  Script(answers, 1.5);  // until 6.25, 2.5 seconds after the last record
+  EXPECT_FALSE(WaitForPrinterState(record_, 'I', true, 20));
+  EXPECT_EQ(test::StatusRequests(), 5);
+}
+
 }  // namespace
 }  // namespace zr7700

@@ -26,6 +26,13 @@ class StatusMemory : public ::testing::Test {
     close(descriptor);
   }
 
+  // What somebody else may do to the object.
+  static void CutTo(off_t size_bytes) {
+    const int descriptor = shm_open(paths::kStatusMemory, O_RDWR, 0);
+    ASSERT_EQ(ftruncate(descriptor, size_bytes), 0);
+    close(descriptor);
+  }
+
   test::MemoryName name_;
 };
 
@@ -149,6 +156,35 @@ TEST_F(StatusMemory, IsNeverLargerThanARecord) {
   PublishStatus(record);
   EXPECT_EQ(test::LookAtMemory()->content, TextOf(record));
 }
+
+TEST_F(StatusMemory, ThatWasCutShortIsNotRead) {
+  ASSERT_TRUE(CreateStatusMemory(144));
+  PublishStatus(MakeRecord({.serial = 7}));
+  const PrinterStatusRecord before = MakeRecord({.serial = 8});
+  for (const off_t size : {143, 1, 0}) {
+    CutTo(size);
+    PrinterStatusRecord read = before;
+    ReadPublishedStatus(read);
+    EXPECT_EQ(read, before) << size;
+  }
+}
+
+// macOS cannot write to the object's descriptor.
+#ifndef __APPLE__
+TEST_F(StatusMemory, ThatWasCutShortGetsTheNextRecordWhole) {
+  ASSERT_TRUE(CreateStatusMemory(144));
+  PublishStatus(MakeRecord({.serial = 7}));
+  for (const off_t size : {143, 1, 0}) {
+    CutTo(size);
+    const PrinterStatusRecord record = MakeRecord({.serial = static_cast<uint8_t>(10 + size)});
+    PublishStatus(record);
+    EXPECT_EQ(test::LookAtMemory()->content, TextOf(record)) << size;
+    PrinterStatusRecord read = {};
+    ReadPublishedStatus(read);
+    EXPECT_EQ(read, record) << size;
+  }
+}
+#endif
 
 }  // namespace
 }  // namespace zr7700

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <cmath>
 #include <thread>
 #include <vector>
 
@@ -53,6 +55,24 @@ class ReaderAtWork : public ::testing::Test {
 
   void SendNumbered(int first, int last) const {
     for (int i = first; i <= last; i++) channel_.Send(Numbered(i));
+  }
+
+  // Reads while the clock stands, first at 200 s, and from the first empty read on at `clock_s`. A
+  // record comes half a second of real time later.
+  bool ReadsWhenTheClockStepsFrom200To(double clock_s, PrinterStatusRecord& record) {
+    RestartAt(200.0);
+    test::StopClock(200.0);
+    std::thread printer([&] {
+      constexpr std::chrono::milliseconds kMoment(10);
+      const auto has_read = Contains(StartsWith("     Read -1 bytes"));
+      while (!::testing::Value(log_.Lines(), has_read)) std::this_thread::sleep_for(kMoment);
+      test::StopClock(clock_s);
+      std::this_thread::sleep_for(50 * kMoment);
+      SendNumbered(1, 1);
+    });
+    const bool is_read = ReadPrinterStatus(record);
+    printer.join();
+    return is_read;
   }
 
   test::BackChannel channel_;
@@ -319,6 +339,19 @@ TEST_F(ReaderAtWork, AClosedPrinterEndIsSilence) {
   EXPECT_FALSE(GetPrinterStatus(record));
   EXPECT_EQ(record, Numbered(9));
   EXPECT_EQ(log_.Lines().back(), kFailed);
+}
+
+TEST_F(ReaderAtWork, ThreeSecondsExactlyAreNotTheLimit) {
+  PrinterStatusRecord record;
+  EXPECT_TRUE(ReadsWhenTheClockStepsFrom200To(203.0, record));
+  EXPECT_EQ(record, Numbered(1));
+  EXPECT_THAT(log_.Lines(), Not(Contains(kTimedOut)));
+}
+
+TEST_F(ReaderAtWork, TheLeastMoreThanThreeSecondsIsTheLimit) {
+  PrinterStatusRecord record;
+  EXPECT_FALSE(ReadsWhenTheClockStepsFrom200To(std::nextafter(203.0, 204.0), record));
+  EXPECT_EQ(log_.Lines().back(), kTimedOut);
 }
 
 }  // namespace

@@ -7,7 +7,10 @@ namespace zr7700::test {
 // Lets the clock tell `seconds` now; it runs on from there. Any thread.
 void SetClock(double seconds);
 
-// Lets the clock jump ahead. Any thread.
+// Lets the clock stand still at exactly `seconds`. While the clock runs, no other thread asks it.
+void StopClock(double seconds);
+
+// Lets the clock jump ahead, whether it runs or not. Any thread.
 void AdvanceClock(double seconds);
 
 }  // namespace zr7700::test

@@ -4,8 +4,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <ctime>
@@ -266,6 +268,28 @@ TEST_F(AcceptReplyTest, ACancelEndsIt) {
       pthread_kill(main, SIGTERM);
     }).detach();
     EXPECT_EQ(AcceptReply(path_.c_str()), -1);
+  });
+}
+
+TEST_F(AcceptReplyTest, AnotherErrorOfAcceptEndsIt) {
+  test::InOwnProcess([this] {
+    // The listening socket takes the last number that the process may use.
+    const int last = dup(0);
+    close(last);
+    rlimit usual = {};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &usual), 0);
+    const rlimit narrow = {static_cast<rlim_t>(last) + 1, usual.rlim_max};
+    std::thread rescue([] {
+      std::this_thread::sleep_for(milliseconds(2000));
+      StopAccepting();
+    });
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &narrow), 0);
+    const Clock::time_point start = Clock::now();
+    EXPECT_EQ(AcceptReply(path_.c_str()), -1);
+    EXPECT_LT(SecondsSince(start), 1.5);
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &usual), 0);
+    EXPECT_TRUE(std::filesystem::exists(path_));  // it did listen
+    rescue.join();
   });
 }
 

@@ -3,8 +3,14 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <cstring>
 #include <filesystem>
 #include <string>
 #include <thread>
@@ -207,6 +213,52 @@ TEST_F(Notices, ContinuingAnotherNoticeDoesNotSilenceLowInk) {
     });
     EXPECT_EQ(NotifyPaperNotLoaded(), 0);
     EXPECT_EQ(NotifyInkLow(), -2);
+    talk.join();
+  });
+}
+
+std::atomic<bool> is_held = false;
+std::atomic<bool> is_let_go = false;
+
+void HoldOn(int) {
+  is_held = true;
+  while (!is_let_go.load()) usleep(1000);
+}
+
+// Connects to the reply socket, says "ContinuePrintJob" and is gone again, all while the thread
+// that waits for the connection is held up by a signal.
+void ReplyAndVanishBefore(pthread_t waiting) {
+  while (!std::filesystem::exists(kReply)) usleep(1000);
+  for (bool replied = false; !replied;) {
+    is_held = is_let_go = false;
+    pthread_kill(waiting, SIGUSR1);
+    while (!is_held.load()) usleep(1000);
+    test::Socket back(socket(AF_UNIX, SOCK_STREAM, 0));
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    memcpy(address.sun_path, kReply, sizeof kReply);
+    // It may not be listening yet.
+    replied = connect(back.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    if (replied) back.Send(test::WithNul("ContinuePrintJob"));
+    back.Close();
+    is_let_go = true;
+    usleep(10'000);
+  }
+}
+
+// The notice cannot be sent to it any more. The two ink notices end there; the others still read
+// what it said.
+TEST_P(EveryNotice, AUtilityThatVanishedBeforeTheNotice) {
+  test::InOwnProcess([] {
+    signal(SIGUSR1, HoldOn);
+    const test::Listener utility(kUtility);
+    std::thread talk([&, waiting = pthread_self()] {
+      utility.Accept().Send("Ack");
+      ReplyAndVanishBefore(waiting);
+    });
+    const bool is_of_ink =
+        GetParam().notify == NotifyInkLow || GetParam().notify == NotifyInkMissingOrEmpty;
+    EXPECT_EQ(GetParam().notify(), is_of_ink ? -1 : 0);
     talk.join();
   });
 }
