@@ -294,6 +294,7 @@ TEST_F(ClipBuffersTest, WithoutMemoryForTheTableItFails) {
     EXPECT_THAT(LogLines(), ElementsAre("ERROR:  OemClipDataBufsCreate: alloc failed!",
                                         "ClipDataBufsCreate: returning (FALSE)"));
     ExpectEmptied();
+    EXPECT_THAT(FailureAt(1), ElementsAre("ERROR:  OemClipDataBufsCreate: alloc failed!"));
     exit(HasFailure() ? 1 : 0);
   };
   EXPECT_EXIT(create_with_a_gigabyte(), testing::ExitedWithCode(0), "");

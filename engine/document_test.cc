@@ -128,6 +128,9 @@ TEST_F(DocumentTest, DivisorZeroIsToldInOneExtraLine) {
   EXPECT_EQ(lines.size(), usual.size() + 1);
   std::erase_if(lines, [](const std::string& s) { return s.find("RunCompDiv") != s.npos; });
   EXPECT_EQ(lines, usual);
+  const test::LogCapture details(1);
+  EXPECT_TRUE(SetUpDocument({}));
+  EXPECT_THAT(details.Lines(), Contains(testing::HasSubstr("RunCompDiv")));
 }
 
 TEST_F(DocumentTest, DraftHalvesOffsetHoleAndMargin) {
