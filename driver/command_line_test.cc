@@ -44,6 +44,7 @@ class CommandLine : public ::testing::Test {
   }
   ~CommandLine() override {
     if (ppd_ != nullptr) ppdClose(ppd_);
+    cupsFreeOptions(arguments_.option_count, arguments_.options);
     CloseStatusMemory();
     unsetenv("PPD");
   }

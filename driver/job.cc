@@ -103,8 +103,13 @@ int RunJob(int argc, char* argv[]) {
   TakeSettings();
   ClearPrinterStates();
 
-  FilterArgs arguments;
-  ppd_file_t* const ppd = ParseCommandLine(argc, argv, arguments);
+  // The options, the PPD and the raster stream are kept until exit, where a leak checker finds
+  // them.
+  static FilterArgs arguments;
+  static ppd_file_t* ppd = nullptr;
+  static cups_raster_t* raster = nullptr;
+
+  ppd = ParseCommandLine(argc, argv, arguments);
   if (ppd == nullptr) return EXIT_FAILURE;
   TakeJobOptions(arguments);
 
@@ -112,7 +117,6 @@ int RunJob(int argc, char* argv[]) {
   PrepareCancel();
   if (!DocumentSetup(ppd)) return EXIT_FAILURE;
 
-  cups_raster_t* raster = nullptr;
   if (!OpenRaster(argc == kArgumentsWithFile ? argv[6] : nullptr, raster)) return EXIT_FAILURE;
 
   int page_count = 0;

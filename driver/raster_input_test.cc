@@ -61,6 +61,14 @@ void ExpectThePage(cups_raster_t* raster) {
   EXPECT_EQ(cupsRasterReadHeader2(raster, &header), 0U);
 }
 
+// The filter keeps its stream until exit; a test gives its own back.
+struct OpenedRaster {
+  ~OpenedRaster() {
+    if (stream != nullptr) cupsRasterClose(stream);
+  }
+  cups_raster_t* stream = nullptr;
+};
+
 class RasterInput : public ::testing::Test {
  protected:
   std::string WriteFile() const {
@@ -75,7 +83,8 @@ class RasterInput : public ::testing::Test {
 };
 
 TEST_F(RasterInput, ReadsTheNamedFile) {
-  cups_raster_t* raster = nullptr;
+  OpenedRaster opened;
+  cups_raster_t*& raster = opened.stream;
   ASSERT_TRUE(OpenRaster(WriteFile().c_str(), raster));
   ExpectThePage(raster);
 }
@@ -90,7 +99,8 @@ TEST_F(RasterInput, ReadsStandardInputWithoutAName) {
       WritePage(ends[1]);
       close(ends[1]);
     });
-    cups_raster_t* raster = nullptr;
+    OpenedRaster opened;
+    cups_raster_t*& raster = opened.stream;
     ASSERT_TRUE(OpenRaster(nullptr, raster));
     ExpectThePage(raster);
     writer.join();
@@ -106,7 +116,8 @@ TEST_F(RasterInput, WaitsForTheWriterOfAFifo) {
     WritePage(file);
     close(file);
   });
-  cups_raster_t* raster = nullptr;
+  OpenedRaster opened;
+  cups_raster_t*& raster = opened.stream;
   ASSERT_TRUE(OpenRaster(path.c_str(), raster));
   ExpectThePage(raster);
   writer.join();
@@ -114,7 +125,8 @@ TEST_F(RasterInput, WaitsForTheWriterOfAFifo) {
 
 TEST_F(RasterInput, LogsAFileThatCannotBeOpened) {
   const test::LogCapture log(1);
-  cups_raster_t* raster = nullptr;
+  OpenedRaster opened;
+  cups_raster_t*& raster = opened.stream;
   EXPECT_FALSE(OpenRaster(folder_.PathOf("missing").c_str(), raster));
   EXPECT_THAT(log.Lines(), ElementsAre("Unable to open raster file - No such file or directory"));
 }
@@ -123,7 +135,8 @@ TEST_F(RasterInput, WhatHoldsNoRasterHasNoPages) {
   for (const std::string& content :
        {std::string(), std::string("x"), std::string("%PDF-1.7\n"), std::string(5000, '\0')}) {
     const std::string path = folder_.WriteFile("file", content);
-    cups_raster_t* raster = nullptr;
+    OpenedRaster opened;
+    cups_raster_t*& raster = opened.stream;
     EXPECT_TRUE(OpenRaster(path.c_str(), raster));
     cups_page_header2_t header;
     EXPECT_EQ(cupsRasterReadHeader2(raster, &header), 0U);
@@ -131,7 +144,8 @@ TEST_F(RasterInput, WhatHoldsNoRasterHasNoPages) {
 }
 
 TEST_F(RasterInput, AFolderHasNoPages) {
-  cups_raster_t* raster = nullptr;
+  OpenedRaster opened;
+  cups_raster_t*& raster = opened.stream;
   if (OpenRaster(folder_.path().c_str(), raster)) {
     cups_page_header2_t header;
     EXPECT_EQ(cupsRasterReadHeader2(raster, &header), 0U);
@@ -156,7 +170,8 @@ void CancelWhileReading(size_t count, const std::function<void(cups_raster_t*)>&
     std::this_thread::sleep_for(milliseconds(100));
     pthread_kill(main, SIGTERM);
   }).detach();
-  cups_raster_t* raster = nullptr;
+  OpenedRaster opened;
+  cups_raster_t*& raster = opened.stream;
   ASSERT_TRUE(OpenRaster(nullptr, raster));
   const auto start = std::chrono::steady_clock::now();
   read(raster);
@@ -189,7 +204,8 @@ TEST_F(RasterInput, ACancelFailsReadsEvenWithDataThere) {
     const std::string path = WriteFile();
     InstallCancelHandler();
     raise(SIGTERM);
-    cups_raster_t* raster = nullptr;
+    OpenedRaster opened;
+    cups_raster_t*& raster = opened.stream;
     EXPECT_TRUE(OpenRaster(path.c_str(), raster));
     cups_page_header2_t header;
     EXPECT_EQ(cupsRasterReadHeader2(raster, &header), 0U);
@@ -199,7 +215,8 @@ TEST_F(RasterInput, ACancelFailsReadsEvenWithDataThere) {
 TEST_F(RasterInput, ATruncatedPageEndsWithItsData) {
   const std::string page = test::ReadFile(WriteFile());
   const std::string path = folder_.WriteFile("cut", page.substr(0, page.size() - 3));
-  cups_raster_t* raster = nullptr;
+  OpenedRaster opened;
+  cups_raster_t*& raster = opened.stream;
   ASSERT_TRUE(OpenRaster(path.c_str(), raster));
   cups_page_header2_t header;
   ASSERT_NE(cupsRasterReadHeader2(raster, &header), 0U);

@@ -150,4 +150,6 @@ def test_a_cancel_takes_effect_while_the_backend_takes_nothing():
     result = job.run()
     os.close(write_end)
     assert seen == {"released": True, "stopped": True}
-    assert result.status == 128 + signal.SIGPIPE and not result.shared_memory_left
+    # GNUstep, one of the Foundations, switches SIGPIPE off: the job then ends in order.
+    ends = [128 + signal.SIGPIPE] + [0] * (os.environ.get("ZR7700_PLATFORM") == "foundation")
+    assert result.status in ends and not result.shared_memory_left
