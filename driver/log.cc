@@ -59,7 +59,13 @@ void LogFixPermissions(const char* path) {
   if (lstat(path, &info) != 0 || !S_ISREG(info.st_mode)) return;
   constexpr mode_t kReadable = S_IRGRP | S_IROTH;
   if ((info.st_mode & kReadable) == kReadable) return;
-  fchmodat(AT_FDCWD, path, (info.st_mode & 07777) | kReadable, AT_SYMLINK_NOFOLLOW);
+  const mode_t mode = (info.st_mode & 07777) | kReadable;
+  if (fchmodat(AT_FDCWD, path, mode, AT_SYMLINK_NOFOLLOW) == 0) return;
+  // The C library may need /proc for that.
+  const int descriptor = open(path, O_WRONLY | kSafeOpen);
+  if (descriptor < 0) return;
+  fchmod(descriptor, mode);
+  close(descriptor);
 }
 
 void LogOpen(const char* path, int threshold) {

@@ -10,8 +10,8 @@
 namespace zr7700 {
 
 // Page geometry is in dots at the page's resolution; OuterMargin and topDiscOffset are in dots at
-// 600 dpi. Every field is written and read by the
-// main thread only; the file that writes it is named where it is not plain.
+// 600 dpi. Every field is written and read by the main thread only; the file that writes it is
+// named where it is not plain.
 struct JobVariables {
   // From the PPD's choices (ppd_choices.cc); 0 where nothing is marked.
   uint8_t ColorMatching;       // 1 standard, 2 best for photos

@@ -1,12 +1,42 @@
 #include "status/job_cancel.h"
 
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstdlib>
 
+#include "driver/log.h"
 #include "status/cancel_signal.h"
 #include "status/status_memory.h"
 #include "status/status_thread.h"
 
 namespace zr7700 {
+namespace {
+
+constexpr int kStallLimit_ms = 10'000;
+
+// False when the descriptor has taken nothing for the limit.
+bool TakesOutput(int descriptor) {
+  pollfd watched = {descriptor, POLLOUT, 0};
+  int ready;
+  do {
+    ready = poll(&watched, 1, kStallLimit_ms);
+  } while (ready < 0 && errno == EINTR);
+  return ready != 0;
+}
+
+// What is written to the descriptor from now on is lost, and its reader sees the end.
+void DiscardOutput(int descriptor) {
+  LogMessage(kLogDetail, "     Nothing taken for 10 s after the cancel: output discarded");
+  const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+  if (nowhere < 0) return;
+  dup2(nowhere, descriptor);
+  close(nowhere);
+}
+
+}  // namespace
 
 void InstallJobCancel() {
   InstallCancelHandler();
@@ -27,6 +57,7 @@ void WaitForOutput(int descriptor) {
   while (!JobCancelled()) {
     if (WaitForRoom(descriptor)) return;
   }
+  if (!TakesOutput(descriptor)) DiscardOutput(descriptor);
 }
 
 }  // namespace zr7700

@@ -11,12 +11,13 @@ void InstallJobCancel();
 // True once the job is cancelled. The first call after SIGTERM brings the cancel's effects about
 // before it answers: the status thread is stopped and joined, the shared status memory released.
 // That takes as long as the thread's last read and notice do: some 3 seconds with a silent printer,
-// and up to 20 more when the utility neither accepts nor answers. Main
-// thread.
+// and up to 20 more when the utility neither accepts nor answers. Main thread.
 bool JobCancelled();
 
 // Waits until `descriptor` takes output without blocking, or can take none any more. A cancel that
-// comes meanwhile has its effects at once; the waiting then goes on. Main thread.
+// comes meanwhile has its effects at once; the waiting then goes on, but a reader that takes
+// nothing for 10 seconds is given up: what is written to `descriptor` after that is discarded. Main
+// thread.
 void WaitForOutput(int descriptor);
 
 }  // namespace zr7700

@@ -48,6 +48,7 @@ class Sandbox:
         self.bench = self.root / "bench"
         self.sockets = self.root / "var-tmp/tessary"
         self.read_only = []
+        self.emptied = []
 
     def path(self, inside):
         """Where a path of the job lies outside."""
@@ -72,6 +73,8 @@ class Sandbox:
             out += ["--bind", str(self.root / inside), mounted]
         for inside in self.read_only:
             out += ["--ro-bind", str(self.path(inside)), inside]
+        for inside in self.emptied:
+            out += ["--tmpfs", inside]
         # Writable for the sake of coverage builds, whose counters lie beside the objects.
         folder = os.path.dirname(os.path.realpath(program))
         return out + ["--bind", folder, folder, "--chdir", "/tmp"]

@@ -3,6 +3,7 @@
 import calendar
 import os
 import time
+from pathlib import Path
 
 import pytest
 
@@ -24,6 +25,10 @@ def old_log(lines, mode=0o644):
 
 def log_of(size):
     return lambda sandbox: sandbox.path(jobs.LOG).write_bytes(b"x" * size)
+
+
+def is_sanitized():
+    return b"__sanitizer_" in Path(jobs.filter_path()).read_bytes()
 
 
 def test_a_new_log_is_whole_and_stamped():
@@ -66,6 +71,15 @@ def test_a_log_of_three_million_bytes_starts_afresh(size, kept):
 def test_an_existing_log_becomes_readable_by_all(before, after):
     result = Job(prepare=old_log(3, before), arguments=["too", "few"])
     assert result.run().log_mode == after
+
+
+@pytest.mark.skipif(is_sanitized(), reason="a sanitizer's run-time needs /proc")
+def test_the_mode_is_mended_in_a_root_without_proc():
+    def prepare(sandbox):
+        old_log(1, 0o600)(sandbox)
+        sandbox.emptied.append("/proc")
+
+    assert Job(arguments=[], prepare=prepare).run().log_mode == 0o644
 
 
 def test_a_log_made_by_the_first_line_follows_the_mask():

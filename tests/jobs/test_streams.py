@@ -153,3 +153,27 @@ def test_a_cancel_takes_effect_while_the_backend_takes_nothing():
     # GNUstep, one of the Foundations, switches SIGPIPE off: the job then ends in order.
     ends = [128 + signal.SIGPIPE] + [0] * (os.environ.get("ZR7700_PLATFORM") == "foundation")
     assert result.status in ends and not result.shared_memory_left
+
+
+def test_a_cancelled_job_does_not_wait_for_ever_for_a_backend_that_takes_nothing():
+    """The pipe is full, and its reader neither reads nor goes: after ten seconds the rest of the
+    output is given up and the job ends in order."""
+    read_end, write_end = os.pipe()
+
+    def actions(job):
+        if job.until_trace("HPESendBand"):
+            time.sleep(0.7)
+            job.terminate()
+
+    result = Job(output=write_end, actions=actions, limit=60,
+                 prepare=lambda sandbox: (sandbox.bench / "block").write_bytes(bytes(100000)),
+                 script={("HPESendBand", "*"): [("emitfile", "/bench/block")]}).run()
+    os.close(write_end)
+    taken = b"".join(iter(lambda: os.read(read_end, 65536), b""))
+    os.close(read_end)
+    assert result.status == 0 and not result.shared_memory_left
+    assert 10 <= result.seconds_after_cancel < 26
+    assert result.log.count("     Nothing taken for 10 s after the cancel: output discarded") == 1
+    assert result.log[-1] == "     Ready to print."
+    # The print header, then zeros as far as the pipe went.
+    assert 16 < len(taken) < 100000 and not any(taken[16:])
