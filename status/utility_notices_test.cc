@@ -12,6 +12,7 @@
 #include <atomic>
 #include <cstring>
 #include <filesystem>
+#include <ostream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -36,6 +37,8 @@ struct NoticeCase {
   int result_of_continue;
   int result_of_change;
 };
+
+void PrintTo(const NoticeCase& notice, std::ostream* out) { *out << notice.name; }
 
 int NotifyPrinterErrorAndWait() { return NotifyPrinterError(true); }
 

@@ -150,7 +150,9 @@ int Main(int argc, char** argv) {
   const bool read = input != nullptr && Decode(input, decoder);
   if (!read) std::fprintf(stderr, "zr7700-decode: The stream cannot be read.\n");
   if (input != nullptr) std::fclose(input);
-  if (std::fflush(stdout) != 0 || !read) return kExitUsage;
+  const bool written = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
+  if (!written) std::fprintf(stderr, "zr7700-decode: The text cannot be written.\n");
+  if (!written || !read) return kExitUsage;
   return printer.violations() == 0 ? 0 : kExitViolation;
 }
 

@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -17,15 +16,14 @@
 #include "virtual_printer/device_uri.h"
 #include "virtual_printer/log_line.h"
 #include "virtual_printer/session.h"
+#include "virtual_printer/standard_descriptors.h"
+#include "virtual_printer/stop_signals.h"
 
 namespace zr7700::printer {
 namespace {
 
 constexpr int kBackChannel = 3;  // the descriptor that CUPS gives every backend
-
-// Written by the signal handler.
-std::atomic<bool> job_cancelled = false;
-static_assert(std::atomic<bool>::is_always_lock_free);
+constexpr uint32_t kMostCopies = 9999;
 
 // The scheduler acts on each line by the word that it begins with.
 void Log(LogLevel level, const std::string& line) {
@@ -62,15 +60,6 @@ RecordChannel::Send BackChannel() {
   return SendToBackChannel;
 }
 
-// A driver that is cancelled still finishes its page, so the backend reads on until the input ends.
-// The handler's note only keeps a printer without discs from waiting for ever.
-void IgnoreTermination() {
-  struct sigaction action {};
-  action.sa_handler = [](int) { job_cancelled = true; };
-  action.sa_flags = SA_RESTART;
-  sigaction(SIGTERM, &action, nullptr);
-}
-
 std::string DeviceUri(char** argv) {
   const char* uri = std::getenv("DEVICE_URI");
   return uri != nullptr ? uri : argv[0];
@@ -81,18 +70,18 @@ std::string JobName(const char* job_id) {
   return "job-" + std::to_string(ParseNumber(job_id, 2000000000).value_or(0));
 }
 
-int Print(const Settings& settings, int input, int copies, const RecordChannel::Send& send) {
+int Print(const Settings& settings, const SessionPorts& ports) {
   std::string error;
-  Session session(
-      settings,
-      {.input = input, .copies = copies, .send_record = send, .log = Log, .cancelled = [] {
-         return job_cancelled.load();
-       }});
+  Session session(settings, ports);
   if (!session.Open(error)) return Stop(error);
   std::fputs("STATE: -connecting-to-device\n", stderr);
   Log(LogLevel::kInfo, "Printing on the virtual printer.");
   session.Run();
   const Report& report = session.report();
+  if (report.given_up) {
+    Log(LogLevel::kInfo, "Cancelled.");
+    return CUPS_BACKEND_OK;
+  }
   if (report.Clean()) {
     Log(LogLevel::kInfo, "Ready: " + std::to_string(report.discs.size()) + " discs.");
     return CUPS_BACKEND_OK;
@@ -104,23 +93,35 @@ int Print(const Settings& settings, int input, int copies, const RecordChannel::
   return CUPS_BACKEND_FAILED;
 }
 
-// A file is printed as often as the job has copies; a pipe's data hold all of them.
+// A driver that is cancelled still finishes its page, so a pipe is read until it ends; only a
+// printer that waits for its operator gives the job up. A file is printed as often as the job has
+// copies, and a cancel ends it where it is; a pipe's data hold all copies.
 int PrintJob(int argc, char** argv, const Settings& settings) {
-  // Found out before any file is opened, which might get the descriptor of a channel that is not.
-  const RecordChannel::Send send = BackChannel();
-  if (argc == 6) {
-    IgnoreTermination();
-    return Print(settings, STDIN_FILENO, 1, send);
+  // The back channel is looked at before any file is opened that might get its number.
+  SessionPorts ports = {.input = STDIN_FILENO,
+                        .copies = 1,
+                        .send_record = BackChannel(),
+                        .log = Log,
+                        .cancelled = [] { return stop_asked.load(); },
+                        .stopped = [] { return false; }};
+  NoteStopSignals({SIGTERM});
+  if (argc == 6) return Print(settings, ports);
+  const Descriptor file(open(argv[6], O_RDONLY | O_CLOEXEC));
+  if (file.number() < 0) {
+    Log(LogLevel::kError, "The print file " + std::string(argv[6]) + " cannot be read.");
+    return CUPS_BACKEND_FAILED;
   }
-  Descriptor file(open(argv[6], O_RDONLY | O_CLOEXEC));
-  if (file.number() < 0) return Stop("The print file " + std::string(argv[6]) + " cannot be read.");
-  const uint32_t copies = ParseNumber(argv[4], 9999).value_or(1);
-  return Print(settings, file.number(), std::max(1, static_cast<int>(copies)), send);
+  ports.input = file.number();
+  const uint32_t copies = ParseNumber(argv[4], UINT32_MAX).value_or(1);
+  ports.copies = static_cast<int>(std::clamp(copies, 1U, kMostCopies));
+  ports.stopped = ports.cancelled;
+  return Print(settings, ports);
 }
 
 int Main(int argc, char** argv) {
+  HoldStandardDescriptors();
   setvbuf(stderr, nullptr, _IOLBF, 0);
-  signal(SIGPIPE, SIG_IGN);
+  IgnoreWriteSignals();
   if (argc == 1) return ListDevices();
   if (argc != 6 && argc != 7) {
     std::fprintf(stderr, "Usage: %s job-id user title copies options [file]\n",

@@ -40,6 +40,15 @@ class Backend : public testing::Test {
     return all;
   }
 
+  // A file with a stream of one page.
+  void WritePage(const std::string& name) const {
+    StreamBuilder stream('G');
+    stream.WholePage();
+    std::ofstream(Path(name), std::ios::binary)
+        .write(reinterpret_cast<const char*>(stream.bytes().data()),
+               static_cast<std::streamsize>(stream.bytes().size()));
+  }
+
   std::set<std::string> Files() const {
     std::set<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(Path("spool"))) {
@@ -131,17 +140,36 @@ TEST_F(Backend, ACancelledJobDoesNotWaitForDiscsButIsDrained) {
 }
 
 TEST_F(Backend, PrintsAFileAsOftenAsAsked) {
-  StreamBuilder stream('G');
-  stream.WholePage();
-  std::ofstream(Path("file"), std::ios::binary)
-      .write(reinterpret_cast<const char*>(stream.bytes().data()),
-             static_cast<std::streamsize>(stream.bytes().size()));
+  WritePage("file");
   ChildProcess backend(Job({Path("file")}, "3"), folder_, Uri());
   EXPECT_EQ(backend.Wait(), kOk);
   EXPECT_EQ(Files().size(), 3u * 2 + 1);
   ChildProcess lost(Job({Path("other")}), folder_, Uri());
-  EXPECT_EQ(lost.Wait(), kStopQueue);
+  EXPECT_EQ(lost.Wait(), kFailed) << "the job's fault, not the queue's";
   EXPECT_EQ(lost.Errors(), "ERROR: The print file " + Path("other") + " cannot be read.\n");
+}
+
+TEST_F(Backend, CopiesThatCannotBeReadAgainFailTheJob) {
+  ASSERT_EQ(mkfifo(Path("fifo").c_str(), 0600), 0);
+  ChildProcess backend(Job({Path("fifo")}, "3"), folder_, Uri());
+  WritePage("fifo");
+  EXPECT_EQ(backend.Wait(), kFailed);
+  EXPECT_EQ(Files(), kOneDisc);
+  EXPECT_THAT(backend.Errors(),
+              HasSubstr("ERROR: The print data cannot be read again for the next copy: "));
+}
+
+TEST_F(Backend, ACancelEndsThePrintingOfAFile) {
+  WritePage("file");
+  // More than the most copies count as the most.
+  ChildProcess backend(Job({Path("file")}, "10000"), folder_, Uri("?pace=0.2s&discs=100000"));
+  for (int i = 0; i < 20; ++i) backend.ReadBack(144);
+  backend.Signal(SIGTERM);
+  EXPECT_EQ(backend.Wait(), kOk);
+  EXPECT_THAT(backend.Errors(), HasSubstr("INFO: Cancelled.\n"));
+  const std::set<std::string> files = Files();
+  EXPECT_GT(files.size(), 3u) << "a second copy had begun";
+  for (const std::string& name : files) EXPECT_FALSE(name.ends_with(".part")) << name;
 }
 
 TEST_F(Backend, ViolationsFailTheJob) {

@@ -35,6 +35,7 @@ struct ChildSetup {
   std::vector<std::string> environment = {};  // NAME=value, added to the test's
   bool back_channel = true;                   // false: descriptor 3 is closed
   bool small_disk = false;                    // no file may grow beyond 6,000 bytes
+  std::vector<int> closed = {};               // standard descriptors that are closed
 };
 
 // Waits at most 20 seconds for anything; what hangs longer is killed and has status -1.
@@ -129,9 +130,9 @@ class ChildProcess {
     if (setup.back_channel) dup2(back, 3);
     close(back);
     signal(SIGPIPE, SIG_DFL);
-    signal(SIGXFSZ, SIG_IGN);
     const rlimit small = {6000, 6000};
     if (setup.small_disk) setrlimit(RLIMIT_FSIZE, &small);
+    for (const int number : setup.closed) close(number);
     for (const std::string& text : setup.environment) putenv(strdup(text.c_str()));
     std::vector<char*> argv;
     for (const std::string& argument : arguments) argv.push_back(strdup(argument.c_str()));

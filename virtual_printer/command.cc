@@ -97,9 +97,16 @@ bool CompleteInk(size_t words, Command& command) {
   return words != 3;
 }
 
+// The ink just above a level of the cartridge; without a valid one, of the next that is put in.
 void SetInk(Machine& machine, uint32_t CartridgeKind::*level) {
   const CartridgeKind* kind = FindCartridge(machine.cartridge);
+  machine.awaited_ink = kind == nullptr ? level : nullptr;
   if (kind != nullptr) machine.ink_use.fill(kind->*level + 1);
+}
+
+void SetCartridge(Machine& machine, uint32_t letter) {
+  machine.cartridge = static_cast<uint8_t>(letter);
+  if (machine.awaited_ink != nullptr) SetInk(machine, machine.awaited_ink);
 }
 
 }  // namespace
@@ -144,7 +151,7 @@ bool ObeyMachineCommand(const Command& command, Machine& machine) {
   const auto& numbers = command.numbers;
   switch (command.verb) {
     case Verb::kCartridge:
-      machine.cartridge = static_cast<uint8_t>(numbers[0]);
+      SetCartridge(machine, numbers[0]);
       return true;
     case Verb::kAlign:
       machine.alignment_needed = numbers[0] != 0;
@@ -155,6 +162,7 @@ bool ObeyMachineCommand(const Command& command, Machine& machine) {
       return true;
     case Verb::kInk:
       machine.ink_use = numbers;
+      machine.awaited_ink = nullptr;
       return true;
     case Verb::kInkLow:
       SetInk(machine, &CartridgeKind::low_above);

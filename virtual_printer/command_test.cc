@@ -50,6 +50,18 @@ TEST(Command, InkCounts) {
   EXPECT_EQ(After("ink low", machine).ink_use, (Counts{1, 2, 3})) << "no cartridge, no ink";
 }
 
+TEST(Command, AnInkLevelWithoutACartridgeIsThatOfTheNext) {
+  using Counts = std::array<uint32_t, 3>;
+  const Machine waiting = After("ink empty", After("cartridge none"));
+  EXPECT_EQ(waiting.ink_use, Counts{});
+  const Machine still = After("cartridge invalid", waiting);
+  EXPECT_EQ(still.ink_use, Counts{});
+  const Machine filled = After("cartridge U", still);
+  EXPECT_EQ(filled.ink_use, (Counts{1820000001, 1820000001, 1820000001}));
+  EXPECT_EQ(After("cartridge V", After("ink full", filled)).ink_use, Counts{}) << "only once";
+  EXPECT_EQ(After("cartridge Q", After("ink 5", waiting)).ink_use, (Counts{5, 5, 5}));
+}
+
 TEST(Command, BinAndReadyLetter) {
   EXPECT_EQ(After("bin 0").discs, 0u);
   EXPECT_EQ(After("bin 25").discs, 25u);

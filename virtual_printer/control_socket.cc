@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <optional>
 #include <utility>
 
 namespace zr7700::printer {
@@ -16,22 +17,45 @@ namespace {
 constexpr size_t kMostCallers = 8;
 constexpr size_t kLongestLine = 1000;
 
-// Removes the socket that a run which was killed left behind, and nothing but a socket.
-void RemoveOldSocket(const std::string& path) {
+struct FileIdentity {
+  dev_t device = 0;
+  ino_t inode = 0;
+  bool is_socket = false;
+};
+
+FileIdentity IdentityOf(const std::string& path) {
   struct stat facts {};
-  if (lstat(path.c_str(), &facts) == 0 && S_ISSOCK(facts.st_mode)) unlink(path.c_str());
+  if (lstat(path.c_str(), &facts) != 0) return {};
+  return {facts.st_dev, facts.st_ino, S_ISSOCK(facts.st_mode)};
 }
 
-bool Listen(int socket, const std::string& path) {
+std::optional<sockaddr_un> AddressOf(const std::string& path) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
   if (path.size() >= sizeof address.sun_path) {
     errno = ENAMETOOLONG;
-    return false;
+    return std::nullopt;
   }
   std::memcpy(address.sun_path, path.data(), path.size());
-  RemoveOldSocket(path);
-  return bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
+  return address;
+}
+
+// Removes the socket that a run which was killed left behind, and nothing but a socket on which
+// nobody listens.
+void RemoveOldSocket(const std::string& path, const sockaddr_un& address) {
+  if (!IdentityOf(path).is_socket) return;
+  const Descriptor caller(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+  const bool refused =
+      connect(caller.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 &&
+      errno == ECONNREFUSED;
+  if (refused) unlink(path.c_str());
+}
+
+bool Listen(int socket, const std::string& path) {
+  const auto address = AddressOf(path);
+  if (!address) return false;
+  RemoveOldSocket(path, *address);
+  return bind(socket, reinterpret_cast<const sockaddr*>(&*address), sizeof *address) == 0 &&
          listen(socket, static_cast<int>(kMostCallers)) == 0;
 }
 
@@ -49,7 +73,9 @@ Descriptor::~Descriptor() {
 int Descriptor::Release() { return std::exchange(number_, -1); }
 
 ControlSocket::~ControlSocket() {
-  if (!path_.empty()) unlink(path_.c_str());
+  if (path_.empty()) return;
+  const FileIdentity now = IdentityOf(path_);
+  if (now.device == device_ && now.inode == inode_) unlink(path_.c_str());
 }
 
 bool ControlSocket::Open(const std::string& path, std::string& error) {
@@ -60,6 +86,9 @@ bool ControlSocket::Open(const std::string& path, std::string& error) {
   }
   listener_ = std::move(listener);
   path_ = path;
+  const FileIdentity made = IdentityOf(path);
+  device_ = made.device;
+  inode_ = made.inode;
   return true;
 }
 

@@ -4,6 +4,7 @@
 #define ZR7700_VIRTUAL_PRINTER_CONTROL_SOCKET_H_
 
 #include <poll.h>
+#include <sys/types.h>
 
 #include <functional>
 #include <string>
@@ -36,11 +37,12 @@ class ControlSocket {
   ControlSocket() = default;
   ControlSocket(const ControlSocket&) = delete;
   ControlSocket& operator=(const ControlSocket&) = delete;
-  // Removes the socket's file again.
+  // Removes the socket's file again, if it is still this one's.
   ~ControlSocket();
 
-  // Listens at `path`, which a socket left over from an earlier run may hold. False, with one
-  // sentence in `error`, when it cannot; the object stays without work then.
+  // Listens at `path`, which a socket left over from an earlier run may hold, but none that
+  // somebody listens on. False, with one sentence in `error`, when it cannot; the object stays
+  // without work then.
   bool Open(const std::string& path, std::string& error);
 
   // Adds what to wait for (reading) to `waits`.
@@ -62,6 +64,8 @@ class ControlSocket {
   static void AnswerLines(Caller& caller, const Answer& answer);
 
   std::string path_;
+  dev_t device_ = 0;  // with inode_, the file that is ours
+  ino_t inode_ = 0;
   Descriptor listener_;
   std::vector<Caller> callers_;
 };

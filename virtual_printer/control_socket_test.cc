@@ -68,6 +68,48 @@ TEST_F(ControlSocketTest, EveryLineIsAnswered) {
   EXPECT_EQ(Listen(first), "heard three\n");
 }
 
+TEST_F(ControlSocketTest, TakesThePlaceOfASocketThatNobodyListensOn) {
+  {
+    const Descriptor killed(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strcpy(address.sun_path, path_.c_str());
+    ASSERT_EQ(bind(killed.number(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+  }
+  ControlSocket control;
+  std::string error;
+  EXPECT_TRUE(control.Open(path_, error)) << error;
+}
+
+TEST_F(ControlSocketTest, LeavesAListenersSocketAlone) {
+  ControlSocket first;
+  std::string error;
+  ASSERT_TRUE(first.Open(path_, error)) << error;
+  {
+    ControlSocket second;
+    EXPECT_FALSE(second.Open(path_, error));
+    EXPECT_EQ(error, "The control socket " + path_ + " cannot be made: Address already in use.");
+  }
+  const Descriptor caller = Call();
+  Say(caller, "still here\n");
+  first.Serve(Echo);
+  EXPECT_EQ(Listen(caller), "heard still here\n");
+}
+
+TEST_F(ControlSocketTest, LeavesAFileThatTookItsPlace) {
+  std::string error;
+  {
+    ControlSocket control;
+    ASSERT_TRUE(control.Open(path_, error)) << error;
+    ASSERT_EQ(unlink(path_.c_str()), 0);
+    // The first one keeps the old file's number from being used again.
+    ControlSocket other;
+    ASSERT_TRUE(other.Open(path_ + "2", error)) << error;
+    ASSERT_EQ(rename((path_ + "2").c_str(), path_.c_str()), 0);
+  }
+  EXPECT_EQ(access(path_.c_str(), F_OK), 0);
+}
+
 TEST_F(ControlSocketTest, ACallerWhoClosesItsSideIsAnsweredAndLetGo) {
   ControlSocket control;
   std::string error;

@@ -35,6 +35,10 @@ std::string_view TakeUpTo(char mark, std::string_view& rest) {
 
 bool SetParameter(std::string_view parameter, Settings& settings, std::string& error) {
   const std::string_view name = TakeUpTo('=', parameter);
+  if (name == "out") {
+    error = "The folder is its path, not a parameter.";
+    return false;
+  }
   const auto value = Decode(parameter);
   if (value) return SetByName(name, *value, settings, error);
   error = "The value of \"" + std::string(name) + "\" has a broken percent escape.";

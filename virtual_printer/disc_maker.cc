@@ -5,13 +5,14 @@
 
 namespace zr7700::printer {
 
-DiscReport MakeDisc(const PrintedPage& page, const std::string& stem, int diameter_mm) {
+DiscReport MakeDisc(PrintedPage& page, const std::string& stem, int diameter_mm) {
   DiscReport disc;
   disc.spoilt = page.spoilt;
   disc.family = page.family;
   disc.start = page.start;
   disc.feed = page.feed;
-  if (page.canvas.dots.empty()) return disc;
+  if (page.canvas.width == 0) return disc;
+  page.canvas.Allocate();
   disc.drops = page.canvas.drops;
   disc.place = PlaceDisc(page, diameter_mm);
   disc.dots = MeasureDots(page, disc.place);
@@ -25,10 +26,10 @@ DiscReport MakeDisc(const PrintedPage& page, const std::string& stem, int diamet
 }
 
 void DiscMaker::Begin(PrintedPage&& page, std::string stem, int diameter_mm) {
-  result_ =
-      std::async(std::launch::async, [page = std::move(page), stem = std::move(stem), diameter_mm] {
-        return MakeDisc(page, stem, diameter_mm);
-      });
+  result_ = std::async(std::launch::async,
+                       [page = std::move(page), stem = std::move(stem), diameter_mm]() mutable {
+                         return MakeDisc(page, stem, diameter_mm);
+                       });
 }
 
 std::optional<DiscReport> DiscMaker::TakeReady() {

@@ -12,9 +12,9 @@
 
 namespace zr7700::printer {
 
-// Measures the page and writes STEM.png and STEM-small.png. A page whose page-start was illegal has
-// no picture. Any thread.
-DiscReport MakeDisc(const PrintedPage& page, const std::string& stem, int diameter_mm);
+// Measures the page, whose dots are allocated if it has none, and writes STEM.png and
+// STEM-small.png. A page whose page-start was illegal has no picture. Any thread.
+DiscReport MakeDisc(PrintedPage& page, const std::string& stem, int diameter_mm);
 
 // One disc at a time. Used by one thread.
 class DiscMaker {

@@ -31,11 +31,12 @@ struct Machine {
   bool alignment_needed = false;
   uint8_t alignment_6 = 0;
   uint8_t alignment_14 = 0;
-  std::array<uint32_t, 3> ink_use{};  // counts: cyan, magenta, yellow
-  uint32_t ink_warning = 0;           // counts; the level that the last print header asked for
-  uint32_t discs = 25;                // in the input bin
-  bool printing = false;              // a disc lies under the print head
-  char ready = 'I';                   // the letter shown while nothing is printed
+  std::array<uint32_t, 3> ink_use{};               // counts: cyan, magenta, yellow
+  uint32_t CartridgeKind::*awaited_ink = nullptr;  // a level to set with the next valid cartridge
+  uint32_t ink_warning = 0;  // counts; the level that the last print header asked for
+  uint32_t discs = 25;       // in the input bin
+  bool printing = false;     // a disc lies under the print head
+  char ready = 'I';          // the letter shown while nothing is printed
 };
 
 // Ink use above which the printer warns: the cartridge's own level, or the print header's where

@@ -1,8 +1,10 @@
 // zr7700-printer: the virtual printer as a program between pipes. The printer stream comes on
 // standard input, status records leave by a descriptor that the caller names.
+#include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
@@ -12,6 +14,8 @@
 #include "virtual_printer/command.h"
 #include "virtual_printer/log_line.h"
 #include "virtual_printer/session.h"
+#include "virtual_printer/standard_descriptors.h"
+#include "virtual_printer/stop_signals.h"
 
 namespace zr7700::printer {
 namespace {
@@ -34,7 +38,7 @@ constexpr char kUsage[] =
     "  --script FILE       obey a fault script\n"
     "  --control SOCKET    listen for orders there\n"
     "\n"
-    "Exit status: 0 when the stream was right and every picture is written, 1 when not,\n"
+    "Exit status: 0 when the stream was right and every file is written, 1 when not,\n"
     "2 when the options or the places that they name are wrong.\n";
 
 struct Options {
@@ -44,10 +48,12 @@ struct Options {
 
 bool SetOption(std::string_view name, std::string_view text, Options& options, std::string& error) {
   if (name != "status-fd") return SetByName(name, text, options.settings, error);
-  const auto number = ParseNumber(text, std::numeric_limits<int>::max());
-  if (number) options.status_fd = static_cast<int>(*number);
   error = "\"status-fd\" takes the number of an open descriptor.";
-  return number.has_value();
+  const auto number = ParseNumber(text, std::numeric_limits<int>::max());
+  // One that is not open would become a picture's.
+  if (!number || fcntl(static_cast<int>(*number), F_GETFD) < 0) return false;
+  options.status_fd = static_cast<int>(*number);
+  return true;
 }
 
 // Options are "--name value" and "--name=value".
@@ -90,9 +96,16 @@ void Log(LogLevel level, const std::string& line) {
   std::fprintf(stderr, "zr7700-printer: %s\n", LogLine(line).c_str());
 }
 
+bool AsksForHelp(int argc, char** argv) {
+  return std::any_of(argv + 1, argv + argc,
+                     [](const char* argument) { return std::strcmp(argument, "--help") == 0; });
+}
+
 int Main(int argc, char** argv) {
-  if (argc == 2 && std::strcmp(argv[1], "--help") == 0) return std::fputs(kUsage, stdout) < 0;
-  signal(SIGPIPE, SIG_IGN);
+  HoldStandardDescriptors();
+  if (AsksForHelp(argc, argv)) return std::fputs(kUsage, stdout) < 0;
+  IgnoreWriteSignals();
+  NoteStopSignals({SIGTERM, SIGINT, SIGHUP});
   Options options;
   options.settings.out = ".";
   std::string error;
@@ -103,11 +116,13 @@ int Main(int argc, char** argv) {
   const auto send = [&](std::span<const uint8_t> bytes) {
     SendToDescriptor(options.status_fd, bytes);
   };
-  Session session(
-      options.settings,
-      {.input = STDIN_FILENO, .copies = 1, .send_record = send, .log = Log, .cancelled = [] {
-         return false;
-       }});
+  const auto stopped = [] { return stop_asked.load(); };
+  Session session(options.settings, {.input = STDIN_FILENO,
+                                     .copies = 1,
+                                     .send_record = send,
+                                     .log = Log,
+                                     .cancelled = stopped,
+                                     .stopped = stopped});
   if (!session.Open(error)) {
     Log(LogLevel::kError, error);
     return kExitUsage;

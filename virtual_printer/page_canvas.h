@@ -30,8 +30,12 @@ inline unsigned DropSize(unsigned dot, size_t ink) { return dot >> (2 * ink) & 3
 struct PageCanvas {
   uint32_t width = 0;
   uint32_t height = 0;
-  std::vector<uint8_t> dots;  // width * height, line by line
+  std::vector<uint8_t> dots;  // width * height, line by line; none before Allocate
   std::array<DropCounts, kInks> drops{};
+
+  // Makes room for the dots. A page is some megabytes, and many a page-start of a broken stream has
+  // no row.
+  void Allocate() { dots.resize(size_t{width} * height); }
 
   uint64_t Drops(size_t ink) const { return drops[ink][0] + drops[ink][1] + drops[ink][2]; }
 };

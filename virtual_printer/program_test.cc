@@ -238,6 +238,10 @@ TEST_F(Program, WhatIsWrongWithItsOptionsIsSaid) {
       {{"--discs", "few"}, "\"discs\" takes a number from 0 to 1000000, not \"few\"."},
       {{"--discs"}, "\"discs\" takes a number from 0 to 1000000, not \"\"."},
       {{"--status-fd", "x"}, "\"status-fd\" takes the number of an open descriptor."},
+      {{"--status-fd", "99"}, "\"status-fd\" takes the number of an open descriptor."},
+      {{"--name", "a\nb"}, "\"name\" takes a name without \"/\" or control characters, not"},
+      {{"--report", "/nowhere/report"},
+       "The folder /nowhere cannot take a report: No such file or directory."},
       {{"--colour", "red"}, "There is no setting \"colour\"."},
       {{"picture.png"}, "There is no argument \"picture.png\"."},
       {{"--script", "/nowhere"}, "The file /nowhere cannot be read: No such file or directory."},
@@ -250,6 +254,128 @@ TEST_F(Program, WhatIsWrongWithItsOptionsIsSaid) {
     EXPECT_EQ(printer.Wait(), 2);
     EXPECT_THAT(printer.Errors(), testing::StartsWith("zr7700-printer: " + row.sentence));
   }
+}
+
+TEST_F(Program, AStatusDescriptorThatIsNotOpenIsRefused) {
+  ChildProcess printer(Arguments(), folder_, {.back_channel = false});
+  printer.CloseInput();
+  EXPECT_EQ(printer.Wait(), 2);
+  EXPECT_TRUE(Pictures().empty());
+}
+
+TEST_F(Program, AClosedInputIsAnError) {
+  ChildProcess printer(Arguments({"--control", Path("control")}), folder_, {.closed = {0}});
+  EXPECT_EQ(printer.Wait(), 1);
+  EXPECT_EQ(printer.Errors(),
+            "zr7700-printer: The print data cannot be read: Bad file descriptor.\n");
+}
+
+TEST_F(Program, AClosedStandardErrorIsNoPicturesDescriptor) {
+  StreamBuilder stream('G');
+  stream.WholePage();
+  ChildProcess whole(Arguments({"--name", "whole"}), folder_);
+  ASSERT_TRUE(whole.Write(stream.bytes()));
+  whole.CloseInput();
+  EXPECT_EQ(whole.Wait(), 0);
+  const std::string script = WriteScript("on page 1 status\non page 1 0.01s status\n");
+  ChildProcess printer(Arguments({"--script", script}), folder_, {.closed = {1, 2}});
+  ASSERT_TRUE(printer.Write(stream.bytes()));
+  printer.CloseInput();
+  EXPECT_EQ(printer.Wait(), 0);
+  EXPECT_EQ(TextOf(Path("out/disc-001.png")), TextOf(Path("out/whole-001.png")));
+}
+
+TEST_F(Program, SaysHowItIsUsedWhereverItIsAsked) {
+  ChildProcess printer(Arguments({"--help", "--help"}), folder_);
+  EXPECT_EQ(printer.Wait(), 0);
+  EXPECT_THAT(printer.Output(), testing::StartsWith("Usage: zr7700-printer "));
+}
+
+TEST_F(Program, SwitchedOffItSpoilsItsDiscAndReports) {
+  for (const int number : {SIGTERM, SIGINT}) {
+    StreamBuilder stream('G');
+    stream.Header().DocumentStart().PageStart().Feed();
+    ChildProcess printer(Arguments({"--control", Path("control")}), folder_);
+    ASSERT_TRUE(printer.Write(stream.bytes()));
+    AwaitRecord(printer, 29, 'B');
+    printer.Signal(number);
+    EXPECT_EQ(printer.Wait(), 1);
+    const std::string offset = std::to_string(stream.offset());
+    EXPECT_THAT(printer.Errors(),
+                HasSubstr("Byte " + offset + ": The stream ends inside a page.\n"));
+    EXPECT_THAT(TextOf(Path("report")), HasSubstr("\"spoilt\": true"));
+    EXPECT_THAT(TextOf(Path("report")), HasSubstr("\"given_up\": true"));
+    EXPECT_EQ(Pictures(), (std::set<std::string>{"disc-001.png", "disc-001-small.png"}));
+    EXPECT_FALSE(std::filesystem::exists(Path("control")));
+  }
+}
+
+TEST_F(Program, SwitchedOffItWaitsForNoDisc) {
+  StreamBuilder stream('G');
+  stream.Header().DocumentStart().PageStart().Feed();
+  ChildProcess printer(Arguments({"--discs", "0"}), folder_);
+  ASSERT_TRUE(printer.Write(stream.bytes()));
+  AwaitRecord(printer, 29, 'I');
+  printer.Signal(SIGTERM);
+  EXPECT_NE(printer.Wait(), -1);
+  EXPECT_TRUE(Pictures().empty());
+}
+
+TEST_F(Program, OrdersKeepTheirTimeAtALowRate) {
+  const auto begin = std::chrono::steady_clock::now();
+  ChildProcess printer(Arguments({"--rate", "1", "--script", WriteScript("at 0.3s status\n")}),
+                       folder_);
+  while (printer.Errors().empty() &&
+         std::chrono::steady_clock::now() < begin + std::chrono::seconds(5)) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  const std::chrono::duration<double> time = std::chrono::steady_clock::now() - begin;
+  EXPECT_GE(time.count(), 0.3);
+  EXPECT_LT(time.count(), 0.8) << "and not with the next record";
+  printer.CloseInput();
+  EXPECT_EQ(printer.Wait(), 0);
+}
+
+// Page 2 begins while the disc of page 1 is not out yet.
+TEST_F(Program, OrdersAfterAPageFollowThatPageWhenTheNextHasBegun) {
+  StreamBuilder stream('G');
+  stream.Header().DocumentStart().PageStart().Feed();
+  stream.PageStart({.number = 2}).Feed();
+  const std::string script = WriteScript("after page 1 bin 7\n");
+  ChildProcess printer(Arguments({"--script", script}), folder_);
+  ASSERT_TRUE(printer.Write(stream.bytes()));
+  printer.CloseInput();
+  EXPECT_EQ(printer.Wait(), 1);
+  // 7, of which page 2 takes one.
+  EXPECT_THAT(TextOf(Path("report")), HasSubstr("busy, cartridge Q, 6 discs, no error"));
+  EXPECT_THAT(printer.Errors(), testing::Not(HasSubstr("Waiting:")));
+}
+
+// A drop told for column 0 of a reverse pass lies 5 dots further right.
+TEST_F(Program, APageKeepsTheAlignmentItTookItsDiscWith) {
+  StreamBuilder stream('G');
+  stream.Header().DocumentStart().PageStart({.direction = 1}).Feed();
+  stream.Pass(0, /*reverse=*/true).Row(0, 'C', 0, "3").PageEnd().DocumentEnd();
+  const std::string script = WriteScript("on page 1 alignment 5 0\n");
+  ChildProcess printer(Arguments({"--script", script}), folder_);
+  ASSERT_TRUE(printer.Write(stream.bytes()));
+  printer.CloseInput();
+  EXPECT_EQ(printer.Wait(), 0);
+  EXPECT_THAT(TextOf(Path("report")), HasSubstr("\"left\": 5, \"top\": 0, \"right\": 5"));
+}
+
+TEST_F(Program, AWrongPrintHeaderSetsNoWarningLevel) {
+  // Above the cartridge's own level of 190000000; the record shows error bit 0x10 only below.
+  Bytes header = HeaderBytes();
+  header[6] = 0x15;
+  StreamBuilder stream('G');
+  stream.Raw(header);
+  ChildProcess printer(Arguments({"--control", Path("control")}), folder_);
+  ASSERT_TRUE(printer.Write(stream.bytes()));
+  EXPECT_EQ(Order("ink 200000000"), "ok\n");
+  AwaitRecord(printer, 30, 0x10);
+  printer.CloseInput();
+  EXPECT_EQ(printer.Wait(), 1);
 }
 
 TEST_F(Program, AFullDiskIsSaidAndLeavesNoPicture) {

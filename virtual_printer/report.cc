@@ -1,21 +1,44 @@
 #include "virtual_printer/report.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <string_view>
 
 namespace zr7700::printer {
 namespace {
 
-std::string Quoted(const std::string& text) {
+// The bytes of the UTF-8 character that `text` begins with; 0 when it begins with none.
+size_t CharacterBytes(std::string_view text) {
+  const auto byte = [&](size_t i) { return i < text.size() ? static_cast<uint8_t>(text[i]) : 0u; };
+  const auto continues = [&](size_t i) { return (byte(i) & 0xC0) == 0x80; };
+  if (byte(0) < 0x80) return 1;
+  if (byte(0) >= 0xC2 && byte(0) < 0xE0 && continues(1)) return 2;
+  // Neither longer than need be nor a surrogate, nor beyond U+10FFFF.
+  const unsigned pair = byte(0) << 8 | byte(1);
+  const bool legal_3 = pair >= 0xE0A0 && pair < 0xF000 && (pair < 0xEDA0 || pair >= 0xEE00);
+  if (legal_3 && continues(1) && continues(2)) return 3;
+  const bool legal_4 = pair >= 0xF090 && pair < 0xF490;
+  return legal_4 && continues(1) && continues(2) && continues(3) ? 4 : 0;
+}
+
+// JSON text is UTF-8: bytes of a file's name that are not become U+FFFD.
+std::string Quoted(std::string_view text) {
   std::string quoted = "\"";
-  for (const char c : text) {
-    if (c == '"' || c == '\\') quoted.push_back('\\');
-    if (static_cast<unsigned char>(c) >= 0x20) {
-      quoted.push_back(c);
-      continue;
+  while (!text.empty()) {
+    const size_t bytes = CharacterBytes(text);
+    const std::string_view character = text.substr(0, std::max<size_t>(bytes, 1));
+    text.remove_prefix(character.size());
+    const char first = character.front();
+    if (bytes == 0) {
+      quoted += "\\ufffd";
+    } else if (bytes > 1 || static_cast<unsigned char>(first) >= 0x20) {
+      if (first == '"' || first == '\\') quoted.push_back('\\');
+      quoted += character;
+    } else {
+      char code[8];
+      std::snprintf(code, sizeof code, "\\u%04x", static_cast<unsigned>(first));
+      quoted += code;
     }
-    char code[8];
-    std::snprintf(code, sizeof code, "\\u%04x", static_cast<unsigned>(c));
-    quoted += code;
   }
   return quoted + "\"";
 }

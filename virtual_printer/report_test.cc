@@ -32,6 +32,34 @@ TEST(Report, TextIsQuoted) {
       << json;
 }
 
+// The well-formed sequences of the Unicode Standard's table, at their limits and just beyond.
+TEST(Report, BytesThatAreNotUtf8BecomeReplacementCharacters) {
+  const struct {
+    std::string text;
+    std::string json;
+  } rows[] = {
+      {"\xC3\xA9", "\xC3\xA9"},
+      {"\xE2\x82\xAC", "\xE2\x82\xAC"},
+      {"\xEF\xBF\xBD", "\xEF\xBF\xBD"},
+      {"\xF0\x90\x80\x80", "\xF0\x90\x80\x80"},
+      {"\xF4\x8F\xBF\xBF", "\xF4\x8F\xBF\xBF"},
+      {"a\xFFz", "a\\ufffdz"},
+      {"\xC3", "\\ufffd"},
+      {"\xC1\x81", "\\ufffd\\ufffd"},
+      {"\xE0\x9F\xBF", "\\ufffd\\ufffd\\ufffd"},
+      {"\xED\xA0\x80", "\\ufffd\\ufffd\\ufffd"},
+      {"\xF0\x8F\xBF\xBF", "\\ufffd\\ufffd\\ufffd\\ufffd"},
+      {"\xF4\x90\x80\x80", "\\ufffd\\ufffd\\ufffd\\ufffd"},
+      {"\xE2\x82", "\\ufffd\\ufffd"},
+  };
+  for (const auto& row : rows) {
+    Report report;
+    report.errors = {row.text};
+    const std::string json = ReportJson(report);
+    EXPECT_NE(json.find("[\n    \"" + row.json + "\"\n  ]"), json.npos) << json;
+  }
+}
+
 TEST(Report, ADiscsInkIsItsDropsTimesTheirVolumes) {
   DiscReport disc;
   // 4, 8 and 12 picolitres: 1 * 4 + 2 * 8 + 3 * 12 = 56.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <limits>
 #include <memory>
 
 #include "virtual_printer/text_file.h"
@@ -116,6 +117,14 @@ std::vector<Command> Schedule::TakeDue(double now_s) {
   std::vector<Command> commands;
   for (const ScheduledCommand& scheduled : due) commands.push_back(scheduled.command);
   return commands;
+}
+
+double Schedule::NextDue() const {
+  double next_s = std::numeric_limits<double>::infinity();
+  for (const ScheduledCommand& scheduled : waiting_) {
+    if (scheduled.trigger == Trigger::kTime) next_s = std::min(next_s, scheduled.delay_s);
+  }
+  return next_s;
 }
 
 }  // namespace zr7700::printer

@@ -57,6 +57,9 @@ class Schedule {
   // order in which they were written. Each is given once.
   std::vector<Command> TakeDue(double now_s);
 
+  // When the next order with a time is due; infinity when there is none.
+  double NextDue() const;
+
  private:
   void Start(Trigger trigger, uint32_t page, double now_s);
 

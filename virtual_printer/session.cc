@@ -17,13 +17,19 @@ constexpr size_t kReadBytes = 65536;
 // While pictures are made, or the printer waits for its operator, looked at this often.
 constexpr double kWatchPeriod_s = 0.01;
 
-bool CheckFolder(const std::string& folder, std::string& error) {
+bool CheckFolder(const std::string& folder, const char* cannot, std::string& error) {
   struct stat facts {};
   const bool found = stat(folder.c_str(), &facts) == 0;
   if (found && !S_ISDIR(facts.st_mode)) errno = ENOTDIR;
   if (found && S_ISDIR(facts.st_mode) && access(folder.c_str(), W_OK | X_OK) == 0) return true;
-  error = "The folder " + folder + " cannot take pictures: " + std::strerror(errno) + ".";
+  error = "The folder " + folder + cannot + std::strerror(errno) + ".";
   return false;
+}
+
+std::string FolderOf(const std::string& path) {
+  const size_t slash = path.rfind('/');
+  if (slash == path.npos) return ".";
+  return slash == 0 ? "/" : path.substr(0, slash);
 }
 
 std::string Stem(const Settings& settings, size_t number) {
@@ -47,7 +53,11 @@ Session::Session(const Settings& settings, SessionPorts ports)
 }
 
 bool Session::Open(std::string& error) {
-  if (!CheckFolder(settings_.out, error)) return false;
+  if (!CheckFolder(settings_.out, " cannot take pictures: ", error)) return false;
+  if (!settings_.report.empty() &&
+      !CheckFolder(FolderOf(settings_.report), " cannot take a report: ", error)) {
+    return false;
+  }
   if (!settings_.script.empty()) {
     auto script = LoadScript(settings_.script, error);
     if (!script) return false;
@@ -76,6 +86,7 @@ bool Session::Done() const {
 }
 
 void Session::Turn() {
+  StopWhenAsked();
   ObeyDueOrders();
   TakeWaitingDisc();
   FinishReadyDisc();
@@ -121,7 +132,9 @@ void Session::TakeWaitingDisc() {
   if (TakeDisc(machine_)) {
     wants_disc_ = false;
     disc_began_s_ = Now();
-  } else if (ports_.cancelled()) {
+    // Signed: the printer may lay its drops further left as well.
+    decoder_.SetReverseLag(static_cast<int8_t>(machine_.alignment_6));
+  } else if (ports_.cancelled() && !CanPrint(machine_)) {
     ports_.log(LogLevel::kInfo, "The job is given up: the printer cannot print.");
     report_.given_up = true;
     wants_disc_ = false;
@@ -139,14 +152,12 @@ void Session::FinishReadyDisc() {
   const DiscReport& last = report_.discs.back();
   ports_.log(LogLevel::kInfo, DescribeDisc(last, report_.discs.size()) +
                                   (last.picture.empty() ? "" : ", " + last.picture));
-  schedule_.PageEnded(report_.pages, Now());
+  schedule_.PageEnded(page_in_maker_, Now());
   ObeyDueOrders();
 }
 
 // Decodes until the bytes are used up or the printer is kept from going on.
 void Session::StepStream() {
-  // Signed: the printer may lay its drops further left as well.
-  decoder_.SetReverseLag(static_cast<int8_t>(machine_.alignment_6));
   while (!wants_disc_ && !maker_.Busy() && !discards_ && !stream_dry_) {
     stream_dry_ = !decoder_.Step();
   }
@@ -158,7 +169,8 @@ void Session::Wait() {
   control_.AddWaits(waits);
   const bool takes_input = !input_ended_ && stream_dry_ && !wants_disc_ && !maker_.Busy();
   if (takes_input) waits.push_back({ports_.input, POLLIN, 0});
-  double rest_s = std::max(0.0, channel_.NextTick() - Now());
+  const double next_s = std::min(channel_.NextTick(), schedule_.NextDue());
+  double rest_s = std::max(0.0, next_s - Now());
   if (!takes_input) rest_s = std::min(rest_s, kWatchPeriod_s);
   poll(waits.data(), waits.size(), static_cast<int>(std::ceil(1000 * rest_s)));
   control_.Serve([this](std::string_view line) { return Answer(line); });
@@ -179,16 +191,32 @@ void Session::ReadInput() {
   EndInput();
 }
 
+bool Session::BeginNextCopy() {
+  if (--copies_left_ <= 0) return false;
+  if (lseek(ports_.input, 0, SEEK_SET) == 0) return true;
+  Fail(std::string("The print data cannot be read again for the next copy: ") +
+       std::strerror(errno) + ".");
+  return false;
+}
+
 void Session::EndInput() {
-  if (--copies_left_ > 0 && lseek(ports_.input, 0, SEEK_SET) == 0) return;
+  if (BeginNextCopy()) return;
   input_ended_ = true;
   decoder_.Finish();
   stream_dry_ = false;
 }
 
+// What has been read is still printed, as the stream of a cable that was pulled out.
+void Session::StopWhenAsked() {
+  if (input_ended_ || !ports_.stopped()) return;
+  report_.given_up = true;
+  copies_left_ = 0;
+  EndInput();
+}
+
 void Session::OnHeader(uint64_t /*offset*/, const PrintHeader& header) {
   ++report_.headers;
-  machine_.ink_warning = header.ink_warning;
+  if (header.right) machine_.ink_warning = header.ink_warning;
 }
 
 // Orders for the page come first, so that a script can make the page itself wait.
@@ -198,13 +226,16 @@ void Session::OnPageStart(uint64_t /*offset*/, const PageStart& /*page*/) {
   ObeyDueOrders();
   wants_disc_ = true;
   TakeWaitingDisc();
-  if (wants_disc_) ports_.log(LogLevel::kInfo, "Waiting: " + DescribeMachine(machine_));
+  if (wants_disc_ && !CanPrint(machine_)) {
+    ports_.log(LogLevel::kInfo, "Waiting: " + DescribeMachine(machine_));
+  }
 }
 
 void Session::OnPagePrinted(PrintedPage&& page) {
   for (size_t ink = 0; ink < kInks; ++ink) {
     UseInk(machine_, ink, Picolitres(page.canvas.drops[ink]));
   }
+  page_in_maker_ = report_.pages;
   maker_.Begin(std::move(page), Stem(settings_, report_.discs.size() + 1),
                static_cast<int>(settings_.diameter_mm));
 }

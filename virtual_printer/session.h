@@ -27,6 +27,7 @@ struct SessionPorts {
   RecordChannel::Send send_record;  // takes the bytes of the back channel; must not block
   std::function<void(LogLevel, const std::string& line)> log;
   std::function<bool()> cancelled;  // the job was cancelled: do not wait for discs any more
+  std::function<bool()> stopped;    // switched off: read no more, finish what lies in the printer
 };
 
 // Used by one thread.
@@ -62,7 +63,9 @@ class Session : private StreamListener {
   void StepStream();
   void Wait();
   void ReadInput();
+  bool BeginNextCopy();
   void EndInput();
+  void StopWhenAsked();
   void NoteStatus();
   void Fail(const std::string& sentence);
 
@@ -78,9 +81,10 @@ class Session : private StreamListener {
   Report report_;
   int copies_left_;
   bool input_ended_ = false;
-  bool stream_dry_ = true;   // the decoder has no whole item left
-  bool wants_disc_ = false;  // a page has begun and cannot be printed yet
-  bool discards_ = false;    // the job was given up: what still comes is thrown away
+  bool stream_dry_ = true;      // the decoder has no whole item left
+  bool wants_disc_ = false;     // a page has begun and cannot be printed yet
+  uint32_t page_in_maker_ = 0;  // the number of the page whose pictures are made
+  bool discards_ = false;       // the job was given up: what still comes is thrown away
   double disc_began_s_ = 0;
 };
 

@@ -1,5 +1,7 @@
 #include "virtual_printer/settings.h"
 
+#include <algorithm>
+
 #include "virtual_printer/command.h"
 
 namespace zr7700::printer {
@@ -21,9 +23,11 @@ bool SetNumber(std::string_view text, Settings& settings) {
   return number && *number >= lowest;
 }
 
-// Pictures go into the folder for pictures and nowhere else.
+// Pictures go into the folder for pictures and nowhere else, and their names into lines of text.
 bool SetName(std::string_view text, Settings& settings) {
-  return SetText<&Settings::name>(text, settings) && text.find('/') == text.npos;
+  const auto is_wrong = [](char c) { return c == '/' || static_cast<unsigned char>(c) < 0x20; };
+  return SetText<&Settings::name>(text, settings) &&
+         std::none_of(text.begin(), text.end(), is_wrong);
 }
 
 // As the fault script says it: a letter, "none" or "invalid".
@@ -51,7 +55,7 @@ constexpr struct {
   std::string_view takes;
 } kNames[] = {
     {"out", SetText<&Settings::out>, "a folder"},
-    {"name", SetName, "a name without \"/\""},
+    {"name", SetName, "a name without \"/\" or control characters"},
     {"script", SetText<&Settings::script>, "a file"},
     {"control", SetText<&Settings::control>, "the path of a socket"},
     {"report", SetText<&Settings::report>, "a file"},

@@ -21,10 +21,9 @@ struct Settings {
   double pace_s = 0;         // a disc takes at least this long
 };
 
-// Sets what `name` (out, name, script, control, report, cartridge, discs, rate,
-// diameter, pace) stands for
-// from its text. False, with one sentence in `error`, when there is no such name or the text is
-// wrong. Any thread.
+// Sets what `name` (out, name, script, control, report, cartridge, discs, rate, diameter, pace)
+// stands for from its text. False, with one sentence in `error`, when there is no such name or the
+// text is wrong. Any thread.
 bool SetByName(std::string_view name, std::string_view text, Settings& settings,
                std::string& error);
 

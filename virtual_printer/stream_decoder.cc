@@ -142,6 +142,9 @@ void StreamDecoder::Handle(const Item& item) {
 void StreamDecoder::HandleHeader(const Item& item) {
   Faults faults;
   const PrintHeader header = ReadPrintHeader(item.payload, faults);
+  if (place_ == Place::kInDocument && last_page_number_ == 0) {
+    faults.push_back("There must be no print header between document-start and the first page.");
+  }
   listener_.OnHeader(item.offset, header);
   Violate(item, faults);
   header_waits_ = true;
@@ -201,7 +204,6 @@ void StreamDecoder::HandlePageStart(const Item& item) {
     PageCanvas& canvas = open_.page.canvas;
     canvas.width = start.width_dots;
     canvas.height = start.height_lines;
-    canvas.dots.resize(size_t{canvas.width} * canvas.height);
   }
   place_ = Place::kBeforeFeed;
   listener_.OnPageStart(item.offset, start);
@@ -311,6 +313,7 @@ bool StreamDecoder::CheckRow(const Item& item, const LaidRow& row) {
 
 void StreamDecoder::LayRow(const Item& item, const LaidRow& row) {
   PageCanvas& canvas = open_.page.canvas;
+  canvas.Allocate();
   const size_t ink = InkOfPlane(row.start.plane);
   uint8_t* dot =
       &canvas.dots[static_cast<size_t>(row.line) * canvas.width + static_cast<size_t>(row.column)];

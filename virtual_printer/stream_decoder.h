@@ -23,7 +23,7 @@ struct PrintedPage {
   PageStart start;
   int32_t feed = 0;     // 1/1200 inch, as received
   bool spoilt = false;  // aborted, or cut short
-  PageCanvas canvas;    // without dots when the page-start's values were illegal
+  PageCanvas canvas;    // of width 0 when the page-start's values were illegal
 };
 
 // A row that lies on the page.

@@ -94,6 +94,7 @@ PrintHeader ReadPrintHeader(std::span<const uint8_t> payload, Faults& faults) {
   const auto summed = payload.first(15);
   const unsigned sum = std::accumulate(summed.begin(), summed.end(), 0u) % 256;
   WantOneOf("checksum of the print header", payload[15], {sum}, faults);
+  header.right = faults.empty();
   return header;
 }
 

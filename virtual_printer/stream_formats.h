@@ -27,6 +27,7 @@ using Faults = std::vector<std::string>;
 struct PrintHeader {
   uint8_t destination = 0;
   uint32_t ink_warning = 0;  // ink-use counts
+  bool right = false;        // every byte is as it must be
 };
 
 struct DocumentStart {

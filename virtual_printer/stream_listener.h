@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -30,20 +31,24 @@ struct Listener : StreamListener {
   std::vector<Told> violations;
 };
 
-// Decodes `bytes` in pieces of `piece_bytes`.
+// Lets `decoder` have `bytes` in pieces of `piece_bytes`, and the end.
+inline void DecodeAll(StreamDecoder& decoder, std::span<const uint8_t> bytes, size_t piece_bytes) {
+  while (!bytes.empty()) {
+    const auto piece = bytes.first(std::min(piece_bytes, bytes.size()));
+    decoder.Append(piece);
+    while (decoder.Step()) continue;
+    bytes = bytes.subspan(piece.size());
+  }
+  decoder.Finish();
+  while (decoder.Step()) continue;
+}
+
 inline Listener Decode(const Bytes& bytes, size_t piece_bytes = 1 << 16,
                        std::optional<int> lag = std::nullopt) {
   Listener listener;
   StreamDecoder decoder(listener);
   decoder.SetReverseLag(lag);
-  for (std::span<const uint8_t> rest(bytes); !rest.empty();) {
-    const auto piece = rest.first(std::min(piece_bytes, rest.size()));
-    decoder.Append(piece);
-    while (decoder.Step()) continue;
-    rest = rest.subspan(piece.size());
-  }
-  decoder.Finish();
-  while (decoder.Step()) continue;
+  DecodeAll(decoder, bytes, piece_bytes);
   return listener;
 }
 

@@ -40,6 +40,28 @@ TEST(Violation, BytesThatBeginNoItemAreToldOnce) {
   EXPECT_EQ(Decode(stream.bytes(), 1).violations.size(), 1u);
 }
 
+TEST(Violation, APrintHeaderBetweenDocumentStartAndTheFirstPage) {
+  StreamBuilder stream('G');
+  stream.Header().DocumentStart().Header().PageStart().Feed();
+  stream.Pass(0).Row(0, 'C', 0, "3").PageEnd().DocumentEnd();
+  EXPECT_THAT(
+      Violations(stream),
+      ElementsAre(Told{
+          kPageAt, "There must be no print header between document-start and the first page."}));
+}
+
+// A broken stream may hold a page-start every 50 bytes.
+TEST(Violation, APageWithoutARowTakesNoRoom) {
+  StreamBuilder stream('G');
+  stream.Header().DocumentStart();
+  for (uint16_t i = 1; i <= 2000; ++i) {
+    stream.PageStart({.number = i, .width = 5100, .height = 10200}).Feed();
+  }
+  const Listener heard = Decode(stream.bytes());
+  ASSERT_EQ(heard.pages.size(), 2000u);
+  for (const PrintedPage& page : heard.pages) EXPECT_TRUE(page.canvas.dots.empty());
+}
+
 TEST(Violation, UnknownItemsAndCommands) {
   StreamBuilder stream('G');
   stream.Raw({0x1B, 0x40, 7}).Raw({0x1B, '*', 0x09, 'b', 1}).Raw({0x1B, 0x0B, 0x0E, 0x02, 1});
