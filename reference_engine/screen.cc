@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "reference_engine/ink_model.h"
 
@@ -70,13 +71,15 @@ void Screen::Build(const ScreenSettings& settings) {
   for (size_t size = 0; size < thresholds.size(); ++size)
     thresholds[size] = ThresholdsByRank(spans, drops, size);
 
-  settings_ = settings;
-  rows_.resize(size_t{kMaskSide} * settings.passes * kPlanes);
-  ThresholdRow* row = rows_.data();
+  std::vector<ThresholdRow> rows(size_t{kMaskSide} * settings.passes * kPlanes);
+  ThresholdRow* row = rows.data();
   for (uint32_t line = 0; line < kMaskSide; ++line)
     for (uint32_t phase = 0; phase < settings.passes; ++phase)
       for (const auto& mask : kBlueNoise)
         FillRow(mask + line * kMaskSide, thresholds, phase, settings.passes, row++);
+  // Last and together: after a lack of memory above, rows and settings still belong together.
+  rows_ = std::move(rows);
+  settings_ = settings;
 }
 
 void ScreenCells(const uint8_t* codes, const ThresholdRow& thresholds, size_t cells,

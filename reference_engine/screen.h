@@ -32,7 +32,8 @@ struct ThresholdRow {
 class Screen {
  public:
   // Computes the thresholds so that the drops of `settings.media` cover on average what the ink
-  // codes stand for. Does nothing when they are there already.
+  // codes stand for. Does nothing when they are there already. Throws std::bad_alloc and keeps what
+  // it held when there is no memory.
   void Build(const ScreenSettings& settings);
 
   // The thresholds for the cells of page line `line` that are printed with column phase `phase`:

@@ -3,10 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstring>
+#include <new>
 #include <ostream>
 #include <vector>
 
 #include "reference_engine/ink_model.h"
+#include "reference_engine/testing/failing_memory.h"
 
 namespace zr7700::reference_engine {
 namespace {
@@ -97,6 +100,39 @@ TEST(ScreenTest, PassesShareTheThresholdsOfOnePass) {
         ASSERT_EQ(split.Row(5, column % passes, kMagenta).sizes[size][column / passes % 128],
                   whole.Row(5, 0, kMagenta).sizes[size][column % 128]);
   }
+}
+
+// The rows of one set of settings are as many as its passes ask for and equal to `expected`'s.
+void ExpectSameRows(const Screen& screen, const Screen& expected, uint32_t passes) {
+  for (uint32_t line = 0; line < kMaskSide; ++line)
+    for (uint32_t phase = 0; phase < passes; ++phase)
+      for (const Plane plane : {kCyan, kMagenta, kYellow})
+        ASSERT_EQ(std::memcmp(&screen.Row(line, phase, plane), &expected.Row(line, phase, plane),
+                              sizeof(ThresholdRow)),
+                  0)
+            << line << " " << phase;
+}
+
+TEST(ScreenTest, ALackOfMemoryLeavesRowsAndSettingsTogether) {
+  const ScreenSettings kFew = {Family::kGranite, 1, DropMixing::kStandard, 1};
+  const ScreenSettings kMany = {Family::kGranite, 1, DropMixing::kStandard, 8};
+  Screen expected_few;
+  expected_few.Build(kFew);
+  Screen expected_many;
+  expected_many.Build(kMany);
+  Screen screen;
+  screen.Build(kFew);
+  int failures = 0;
+  for (bool failed = true; failed; failures += failed) {
+    const testing::FailingAllocation failing(failures + 1);
+    try {
+      screen.Build(kMany);
+    } catch (const std::bad_alloc&) {
+    }
+    failed = failing.happened();
+    ExpectSameRows(screen, failed ? expected_few : expected_many, failed ? 1 : 8);
+  }
+  EXPECT_GT(failures, 0);
 }
 
 TEST(BlueNoiseTest, EachMaskHoldsEachRankOnce) {
