@@ -5,8 +5,12 @@ label ─► (imagetopdf | pdftopdf) ─► gstoraster ─► rastertoZR7700 ─
                                                         └─ descriptor 3 ──┘ status records
 """
 
+import contextlib
+import errno
 import os
 import re
+import shutil
+import signal
 import subprocess
 import time
 
@@ -14,8 +18,11 @@ import demo_options
 from demo_label import Refused
 
 FILTERS = "/usr/lib/cups/filter"
-PATIENCE_S = 90  # a job that says nothing for so long will never end
+PATIENCE_S = 90  # a job that gets no further for so long will never end
+SCARCE_BYTES = 30 << 20  # with less than this left on the disk, a failure is put down to it
 FAREWELL_S = 1.0  # what the filter gets to clean up; its wait for an idle printer is cut short
+
+STOP_SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
 
 _SCALING = ("print-scaling", "fit-to-page", "natural-scaling", "scaling", "ppi")
 
@@ -54,14 +61,38 @@ class Job:
                        "CUPS_SERVERBIN": "/usr/lib/cups"}
 
 
+@contextlib.contextmanager
+def signals_held():
+    """What asks us to stop takes effect at the end: no process is started and then forgotten."""
+    came = []
+    old = {number: signal.signal(number, lambda number, _: came.append(number))
+           for number in STOP_SIGNALS}
+    try:
+        yield
+    finally:
+        for number, handler in old.items():
+            signal.signal(number, handler)
+        if came:
+            signal.raise_signal(came[0])
+
+
 class Chain:
-    """The running processes; their standard errors go to files in `folder`."""
+    """The processes; their standard errors go to files in `folder`. Nothing runs before start, and
+    stop is due after it, however it ended."""
 
     def __init__(self, job, printer_command, folder):
         self.job = job
         self.folder = folder
         self.processes = {}
+        self._printer_command = printer_command
         self._environment = job.environment(folder)
+
+    def start(self):
+        with signals_held():
+            self._start_all()
+
+    def _start_all(self):
+        job = self.job
         back_read, back_write = os.pipe()
         data = subprocess.DEVNULL
         for command in job.raster_commands():
@@ -70,7 +101,7 @@ class Chain:
         shell = ["/bin/sh", "-c", f'exec "$@" 3<&{back_read} {back_read}<&-', "sh"]
         data = self._start("rastertoZR7700",
                            [*shell, *job.filter_command, *job.arguments()], data, [back_read])
-        self._start("zr7700-printer", [*printer_command, "--status-fd", str(back_write)], data,
+        self._start("zr7700-printer", [*self._printer_command, "--status-fd", str(back_write)], data,
                     [back_write], last=True)
         os.close(back_read)
         os.close(back_write)
@@ -95,20 +126,31 @@ class Chain:
 
     def run(self, tell):
         """Waits for the end of all; tell(page, percent) hears of the filter's progress."""
-        log, heard = LogTail(self.job.filter_log), time.monotonic()
+        log, moved = LogTail(self.job.filter_log), time.monotonic()
         while any(process.poll() is None for process in self.processes.values()):
             lines = log.read()
-            if lines:
-                heard = time.monotonic()
-            for page, percent in re.findall(r"Printing page (\d+), (\d+)% complete", lines):
+            steps = re.findall(r"Printing page (\d+), (\d+)% complete", lines)
+            steps += [(page, 100) for page in re.findall(r"Finished page (\d+)", lines)]
+            for page, percent in steps:
+                moved = time.monotonic()
                 tell(int(page), int(percent))
-            for page in re.findall(r"Finished page (\d+)", lines):
-                tell(int(page), 100)
-            if time.monotonic() - heard > PATIENCE_S:
-                raise Refused(f"Nothing has happened for {PATIENCE_S} seconds; look into "
-                              f"{self.job.filter_log} and try again.")
+            if time.monotonic() - moved > PATIENCE_S:
+                raise Refused(self._stuck())
+            self._watch_disk()
             time.sleep(0.03)
         self._check()
+
+    def _stuck(self):
+        wanted = [line for line in self.errors("rastertoZR7700").splitlines()
+                  if line.startswith("ERROR: ") and "recovered:" not in line]
+        return (f"The job has got no further for {PATIENCE_S} seconds"
+                f"{f' ({wanted[-1]})' if wanted else ''}; look into {self.job.filter_log} and try "
+                "again.")
+
+    def _watch_disk(self):
+        """A large picture is unpacked on the disk; what else is there needs some room too."""
+        if shutil.disk_usage(self.folder).free < SCARCE_BYTES // 3:
+            raise OSError(errno.ENOSPC, os.strerror(errno.ENOSPC))
 
     def _check(self):
         raster_programs = [os.path.basename(command[0]) for command in self.job.raster_commands()]
@@ -133,8 +175,9 @@ class Chain:
 
     def stop(self):
         """Ends what still runs, the filter first: it gives its shared memory back."""
-        last = self.processes["rastertoZR7700"]
-        if last.poll() is None:
+        last = self.processes.get("rastertoZR7700")
+        if last is not None and last.poll() is None:
+            self._wait_for_setup(last)
             last.terminate()
             try:
                 last.wait(FAREWELL_S)
@@ -142,9 +185,18 @@ class Chain:
                 pass
         for process in self.processes.values():
             if process.poll() is None:
-                process.kill()
+                # With what it has started itself.
+                os.killpg(process.pid, signal.SIGKILL)
         for process in self.processes.values():
             process.wait()
+
+    def _wait_for_setup(self, process):
+        """Before its setup the filter does not know of cancels and would give nothing back."""
+        log, deadline = LogTail(self.job.filter_log), time.monotonic() + FAREWELL_S
+        text = ""
+        while "SETUP" not in text and process.poll() is None and time.monotonic() < deadline:
+            text += log.read()
+            time.sleep(0.01)
 
 
 class LogTail:

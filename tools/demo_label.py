@@ -1,6 +1,8 @@
 """What a label file is, and whether it can be printed at all."""
 
+import os
 import re
+import stat
 import subprocess
 
 
@@ -19,17 +21,25 @@ _TYPES = (
 )
 # What a whole file of a type ends with, somewhere in its last bytes.
 _ENDS = {"image/png": b"IEND\xaeB`\x82", "image/jpeg": b"\xff\xd9", "application/pdf": b"%%EOF"}
-_TAIL_BYTES = 2048
+_TAIL_BYTES = 16384
+
+
+def _open_at_once(path, flags):
+    """A FIFO is not waited for."""
+    return os.open(path, flags | os.O_NONBLOCK)
 
 
 def label_type(path):
     """The label's type; Refused when there is no such file or when it is no label."""
     try:
-        with open(path, "rb") as file:
+        with open(path, "rb", opener=_open_at_once) as file:
+            if not stat.S_ISREG(os.fstat(file.fileno()).st_mode):
+                raise Refused(f"The label {path} is no file; give a PDF, PNG, JPEG, TIFF or GIF "
+                              "file.")
             head = file.read(1024)
             file.seek(0, 2)
             file.seek(max(0, file.tell() - _TAIL_BYTES))
-            tail = file.read()
+            tail = file.read(_TAIL_BYTES)
     except OSError as error:
         raise Refused(f"The label {path} cannot be read ({error.strerror}); "
                       "check its name.") from None
@@ -44,7 +54,8 @@ def label_type(path):
 
 
 def check_pdf(path):
-    """Refused when a PDF has no page or must not be opened or printed. Needs pdfinfo."""
+    """The number of a PDF's pages. Refused when it has none or must not be opened or printed.
+    Needs pdfinfo."""
     done = subprocess.run(["pdfinfo", path], capture_output=True, text=True, errors="replace",
                           check=False)
     if "Incorrect password" in done.stderr:
@@ -57,3 +68,4 @@ def check_pdf(path):
         raise Refused(f"The PDF {path} has no pages; export it again with the label on a page.")
     if done.returncode != 0 or not pages:
         raise Refused(f"The PDF {path} is damaged; export it again.")
+    return int(pages[1])

@@ -5,10 +5,24 @@ import re
 
 from demo_label import Refused
 
-# Options that the distribution's filters know besides those of the PPD.
-_FILTER_OPTIONS = ("page-ranges", "print-scaling", "fit-to-page", "natural-scaling", "scaling",
-                   "ppi", "position", "orientation-requested", "mirror", "page-set",
-                   "outputorder")
+_SWITCH = ("true|false|yes|no|on|off", "true or false")
+_PERCENT = (r"[1-9]\d?|[1-7]\d\d|800", "a number of per cent from 1 to 800")
+# Options that the distribution's filters know besides those of the PPD, and what each takes: they
+# pass over what they do not understand.
+_FILTER_OPTIONS = {
+    "page-ranges": (r"[1-9]\d*(-([1-9]\d*)?)?(,[1-9]\d*(-([1-9]\d*)?)?)*", "pages such as 1-3,5"),
+    "print-scaling": ("auto|auto-fit|fill|fit|none", "auto, auto-fit, fill, fit or none"),
+    "fit-to-page": _SWITCH,
+    "natural-scaling": _PERCENT,
+    "scaling": _PERCENT,
+    "ppi": (r"[1-9]\d{1,3}", "a number of dots per inch from 10 to 9999"),
+    "position": ("center|(top|bottom)(-(left|right))?|left|right",
+                 "center, top, bottom, left, right, or two of them such as top-left"),
+    "orientation-requested": ("[3-6]", "3, 4 (turned left), 5 (turned right) or 6 (upside down)"),
+    "mirror": _SWITCH,
+    "page-set": ("all|even|odd", "all, even or odd"),
+    "outputorder": ("normal|reverse", "normal or reverse"),
+}
 
 
 class PpdOptions:
@@ -36,8 +50,11 @@ class PpdOptions:
                               "no option takes.")
             if name in self.choices:
                 _known(value, self.choices[name], f'The option {name} has no choice "{value}"')
-            elif name not in _FILTER_OPTIONS:
-                _known(name, [*self.choices, *_FILTER_OPTIONS], f'There is no option "{name}"')
+                continue
+            _known(name, [*self.choices, *_FILTER_OPTIONS], f'There is no option "{name}"')
+            pattern, takes = _FILTER_OPTIONS[name]
+            if not re.fullmatch(pattern, value):
+                raise Refused(f'The option {name} takes {takes}, not "{value}".')
         for first in asked.items():
             for second in asked.items():
                 if (first, second) in self.conflicts:

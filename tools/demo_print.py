@@ -4,27 +4,42 @@
 ./demo runs this once everything is built. Standard library only.
 """
 
-import argparse
-import errno
-import fcntl
-import json
-import os
-import re
-import shutil
 import signal
 import sys
-import tempfile
-import time
 
-import demo_label
-import demo_options
-from demo_chain import Chain, Job
-from demo_label import Refused
+
+def stop(number, _):
+    """Once: what follows is cleaning up, which is not to be interrupted."""
+    for other in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+        signal.signal(other, signal.SIG_IGN)
+    sys.exit(128 + number)
+
+
+# Before the other imports, which take long enough to be interrupted.
+for _number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+    signal.signal(_number, stop)
+
+# pylint: disable=wrong-import-position
+import argparse  # noqa: E402
+import errno  # noqa: E402
+import fcntl  # noqa: E402
+import itertools  # noqa: E402
+import json  # noqa: E402
+import os  # noqa: E402
+import re  # noqa: E402
+import shutil  # noqa: E402
+import tempfile  # noqa: E402
+import time  # noqa: E402
+
+import demo_label  # noqa: E402
+import demo_options  # noqa: E402
+import demo_picture  # noqa: E402
+from demo_chain import SCARCE_BYTES, Chain, Job  # noqa: E402
+from demo_label import Refused  # noqa: E402
 
 TOP = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 EXAMPLES = ("labels/concert.pdf", "labels/lake.png")
-ROOM_MIB = 60  # what a job writes at most, before and besides its pictures
-SCARCE_MIB = 30  # with less than this left, a failure is put down to the disk
+ROOM_MIB = 60  # what a job with a label of usual size writes
 MOST_DISCS = 25
 USAGE = """./demo [LABEL ...] [-o NAME=VALUE]... [--cartridge LETTER] [--discs NUMBER]
 
@@ -52,10 +67,13 @@ def read_arguments(words):
     parser.add_argument("--build")
     parser.add_argument("--check-arguments", action="store_true")
     parser.add_argument("-h", "--help", action="store_true")
-    arguments = parser.parse_intermixed_args(words)
+    # What follows "--" is no option.
+    end = words.index("--") if "--" in words else len(words)
+    arguments = parser.parse_intermixed_args(words[:end])
+    arguments.labels += words[end + 1:]
     if arguments.cartridge not in ("Q", "P", "U", "V"):
         raise Refused(f'There is no cartridge "{arguments.cartridge}"; it can be Q, P, U or V.')
-    if not arguments.discs.isdigit() or not 1 <= int(arguments.discs) <= MOST_DISCS:
+    if not re.fullmatch("[0-9]{1,9}", arguments.discs) or not 1 <= int(arguments.discs) <= MOST_DISCS:
         raise Refused(f'The number of discs can be 1 to {MOST_DISCS}, not "{arguments.discs}".')
     arguments.discs = int(arguments.discs)
     arguments.options = demo_options.parse(arguments.options)
@@ -115,42 +133,55 @@ class Demo:
             os.makedirs(folder, exist_ok=True)
 
     def lock(self):
-        """The log, the shared memory and the ini files are one job's at a time."""
+        """The log, the shared memory and the ini files are one job's at a time. Whoever holds the
+        lock also removes what a killed job left."""
         self._lock = open(os.path.join(self.build, "demo.lock"), "w", encoding="ascii")
         try:
             fcntl.flock(self._lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
         except BlockingIOError:
             raise Refused("Another ./demo is printing; wait until it is done.") from None
+        for name in os.listdir(self.build):
+            if name.startswith("job-"):
+                shutil.rmtree(os.path.join(self.build, name), ignore_errors=True)
 
-    def print_label(self, label, label_type):
+    def print_label(self, label, name):
         need_room(self.discs)
-        name = re.sub(r"[^\w.-]", "_", os.path.splitext(os.path.basename(label))[0]).lstrip(".")
         with tempfile.TemporaryDirectory(prefix="job-", dir=self.build) as folder:
             started = time.monotonic()
-            report, messages = self._run(folder, label, label_type, name or "label")
-            self._keep_pictures(folder, report, name or "label")
+            report, messages = self._run(folder, label, name)
+            self._keep_pictures(folder, report, name)
         tell_report(report, messages, self.quality, time.monotonic() - started)
 
-    def _run(self, folder, label, label_type, name):
+    def _run(self, folder, label, name):
         if os.path.exists(self.log):
             os.remove(self.log)
         report = os.path.join(folder, "report.json")
         printer = [os.path.join(self.build, "zr7700-printer"), "--out", folder, "--name", name,
-                   "--report", report, "--cartridge", self.arguments.cartridge]
-        job = Job(label, label_type, self.options, self.arguments.discs, self.ppd,
+                   "--report", report, "--cartridge", self.arguments.cartridge,
+                   "--script", self._write_script(folder, label.pages * self.arguments.discs)]
+        job = Job(label.path, label.type, self.options, self.arguments.discs, self.ppd,
                   [os.path.join(self.build, "rastertoZR7700")], self.log)
-        progress = Progress(os.path.basename(label), self.arguments.discs)
+        progress = Progress(os.path.basename(label.path), label.pages * self.arguments.discs)
         chain = Chain(job, printer, folder)
         try:
+            chain.start()
             chain.run(progress)
         except Refused:
-            if shutil.disk_usage(folder).free >> 20 < SCARCE_MIB:
+            if shutil.disk_usage(folder).free < SCARCE_BYTES:
                 raise OSError(errno.ENOSPC, "") from None
             raise
         finally:
             chain.stop()
             progress.end()
         return self._read_report(report, chain), chain.errors("rastertoZR7700")
+
+    def _write_script(self, folder, pages):
+        """Nobody stands at this printer: it gets discs and ink before it runs out of them."""
+        path = os.path.join(folder, "printer.script")
+        with open(path, "w", encoding="ascii") as file:
+            for page in range(1, pages + 1):
+                file.write(f"after page {page} bin 25\nafter page {page} ink full\n")
+        return path
 
     def _read_report(self, path, chain):
         try:
@@ -211,21 +242,48 @@ def tell_report(report, messages, quality, seconds):
     print(f"  time     {seconds:.1f} s")
 
 
+class Label:
+    """A label file: its path, type and number of pages (a picture has one)."""
+
+    def __init__(self, path):
+        self.path = path
+        self.type = demo_label.label_type(path)
+        self.pages = 1
+        if self.type != "application/pdf":
+            demo_picture.check(path, self.type)
+
+    def count_pages(self):
+        if self.type == "application/pdf":
+            self.pages = demo_label.check_pdf(self.path)
+
+    def name(self):
+        """What its pictures' names begin with."""
+        stem = os.path.splitext(os.path.basename(self.path))[0]
+        return re.sub(r"[^\w.-]", "_", stem).lstrip(".") or "label"
+
+
+def names_of(labels):
+    """A name for each label; labels of the same name are numbered."""
+    names = []
+    for label in labels:
+        tries = (f"{label.name()}_{n}" if n > 1 else label.name() for n in itertools.count(1))
+        names.append(next(name for name in tries if name not in names))
+    return names
+
+
 def print_all(arguments):
-    types = [demo_label.label_type(label) for label in arguments.labels]
+    labels = [Label(path) for path in arguments.labels]
     if arguments.check_arguments:
         return
-    for label, label_type in zip(arguments.labels, types):
-        if label_type == "application/pdf":
-            demo_label.check_pdf(label)
+    for label in labels:
+        label.count_pages()
     demo = Demo(arguments)
     demo.lock()
-    for label, label_type in zip(arguments.labels, types):
-        demo.print_label(label, label_type)
+    for label, name in zip(labels, names_of(labels)):
+        demo.print_label(label, name)
 
 
 def main():
-    signal.signal(signal.SIGTERM, lambda *_: sys.exit(143))
     try:
         arguments = read_arguments(sys.argv[1:])
         if arguments.help:
@@ -236,12 +294,12 @@ def main():
     except Refused as refusal:
         print(f"demo: {refusal}", file=sys.stderr)
     except OSError as error:
-        if error.errno != errno.ENOSPC:
-            raise
-        print("demo: There is no room on the disk for the picture; delete something and try again.",
-              file=sys.stderr)
-    except KeyboardInterrupt:
-        return 130
+        if error.errno == errno.ENOSPC:
+            said = "There is no room on the disk for the picture; delete something and try again."
+        else:
+            said = (f"{error.filename or 'A file'} cannot be used ({error.strerror}); look whose it "
+                    "is, or remove the folder build-demo, and try again.")
+        print(f"demo: {said}", file=sys.stderr)
     return 1
 
 

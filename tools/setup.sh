@@ -16,8 +16,21 @@ is_installed() {
   [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
 }
 
-# need_packages NAME...: installs those that are missing. Services that come with them are not
-# started: nothing of the machine but its packages is to change.
+# install_packages NAME...: services that come with them are not started now, which is what Debian's
+# policy-rc.d is for.
+install_packages() {
+  as_root sh -c '
+    policy=/usr/sbin/policy-rc.d
+    if [ ! -e "$policy" ]; then
+      trap "rm -f $policy" EXIT
+      printf "#!/bin/sh\nexit 101\n" >"$policy" && chmod 755 "$policy"
+    fi
+    apt-get update &&
+      DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "$@"
+  ' sh "$@"
+}
+
+# need_packages NAME...: installs those that are missing.
 need_packages() {
   local missing=() package
   for package in "$@"; do is_installed "$package" || missing+=("$package"); done
@@ -27,10 +40,9 @@ need_packages() {
     return 1
   fi
   echo "Installing ${#missing[@]} Debian packages: ${missing[*]}"
-  local log=/tmp/zr7700-packages.$$
-  if ! { as_root apt-get update &&
-    as_root env DEBIAN_FRONTEND=noninteractive RUNLEVEL=1 \
-      apt-get install -y --no-install-recommends "${missing[@]}"; } >"$log" 2>&1; then
+  local log
+  log=$(mktemp) || return 1
+  if ! install_packages "${missing[@]}" >"$log" 2>&1; then
     tail -n 20 "$log" >&2
     echo "The packages could not be installed (the whole output is in $log)." >&2
     return 1

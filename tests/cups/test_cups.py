@@ -29,7 +29,8 @@ def quiet_end(request, scheduler):
     name = request.node.originalname.removeprefix("test_").replace("_", " ")
     scheduler.tell(f"\n# {name}")
     yield
-    wait_for("no process", lambda: not scheduler.processes(), 60)
+    # A cancelled filter still looks ten times, a second apart, whether the printer wants something.
+    wait_for("no process", lambda: not scheduler.processes(), 20)
     scheduler.wait_for_reasons({"none"})
     assert scheduler.printer()["printer-state"] == "idle"
     assert os.listdir(scheduler.root / "shm") == []
@@ -138,16 +139,16 @@ def test_cancel_while_the_page_waits_for_a_disc(scheduler):
 
 def test_cancel_in_mid_page_spoils_that_disc_only(scheduler, two_pages):
     log = scheduler.root / "Library/Caches/ZR7700Filter.log"
-    before = log.stat().st_size
+    before = log.stat().st_size if log.exists() else 0
     scheduler.machine(pace="5s")
     job = scheduler.print(two_pages)
-    wait_for("the second page", lambda: "Printing page 2, " in log.read_text()[before:])
+    wait_for("the second page", lambda: log.exists() and
+             "Printing page 2, " in log.read_text()[before:])
     scheduler.cancel(job)
     scheduler.wait_for_state(job, "canceled")
     report = scheduler.report(job)
     assert report["violation_count"] == 0
-    spoilt = [disc["spoilt"] for disc in report["discs"]]
-    assert spoilt[0] is False and all(spoilt[1:]) and len(spoilt) <= 2
+    assert [disc["spoilt"] for disc in report["discs"]] == [False, True]
 
 
 def test_printer_runs_out_of_discs_and_is_refilled(scheduler, two_pages):
@@ -204,6 +205,8 @@ def test_cartridge_is_missing_at_first(scheduler):
 
 def test_files_have_the_right_owners_and_rights(scheduler):
     """The filter runs as lp with the mode mask 077, and others must read its log and its memory."""
+    scheduler.machine()
+    scheduler.wait_for_state(scheduler.print(LABEL), "completed")
     scheduler.machine(discs=0)
     job = scheduler.print(LABEL)
     scheduler.wait_for_message("Disc input bin is empty")
@@ -212,7 +215,7 @@ def test_files_have_the_right_owners_and_rights(scheduler):
     scheduler.order("bin 1")
     scheduler.wait_for_state(job, "completed")
     owner, mode = scheduler.mode("Library/Caches/ZR7700Filter.log")
-    # Made with 0700 by the first job ever; the next one opens it for all readers.
+    # Made with 0700 by the first job ever; the second one has opened it for all readers.
     assert owner == USER and mode & 0o044 == 0o044 and mode & 0o022 == 0
     wait_for("a finished job", lambda: not scheduler.processes())
     for top in ("Library", "Users", "out", "var-tmp/tessary", "spool"):
