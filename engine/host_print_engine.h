@@ -7,6 +7,11 @@
  * number is 32 bits wide, the 16-bit media and quality codes included. A result is a signed 32-bit
  * status: HPE_OK (0) for success, anything else an error code of the engine's own.
  *
+ * Reserved arguments, named zero, must be 0.
+ *
+ * After an error the host may go on with any later call of the road. Whatever an entry answers, the
+ * stream that it hands over stays whole: a page that could not take a line for good is given up.
+ *
  * Order of calls. An engine instance walks this road; a property entry (entries 9 to 22) may be
  * called any time after HPEInitialize and counts from the next HPEStartPage on:
  *
@@ -50,7 +55,8 @@ enum {
 };
 
 /* Receives rendered printer bytes: `length_bytes` bytes at `data`, in stream order. `context` is
- * the last argument of HPEStartDoc. May change the bytes in place; reports nothing back. */
+ * the last argument of HPEStartDoc. May change the bytes in place. It has no way to report a failed
+ * write: the engine takes the bytes for delivered. Must not throw. */
 typedef void (*HPEOutputCallback)(void* context, uint8_t* data, uint32_t length_bytes);
 
 /* 1. Makes an engine instance; null when it cannot. The caller gives it back with

@@ -2,16 +2,17 @@
 
 #include <algorithm>
 #include <charconv>
-#include <fstream>
 #include <map>
 #include <span>
-#include <string_view>
+
+#include "reference_engine/engine_status.h"
+#include "reference_engine/regular_file.h"
 
 namespace zr7700::reference_engine {
 namespace {
 
-// The engine's own files have some ten lines; more than this is somebody's accident.
-constexpr int kMaxLines = 1000;
+// The host's files have some ten lines; more than this is somebody's accident.
+constexpr size_t kMaxIniBytes = 64 << 10;
 
 std::string_view Trim(std::string_view text) {
   constexpr std::string_view kBlanks = " \t\r\n";
@@ -30,18 +31,19 @@ int ParseNumber(std::string_view text) {
 // "[section]key" to its number.
 using Entries = std::map<std::string, int, std::less<>>;
 
-Entries ReadEntries(std::istream& text) {
+Entries ReadEntries(std::string_view text) {
   Entries entries;
   std::string section;
-  std::string line;
-  for (int lines = 0; lines < kMaxLines && std::getline(text, line); ++lines) {
-    const std::string_view trimmed = Trim(line);
-    const size_t equals = trimmed.find('=');
-    if (trimmed.starts_with('[')) {
-      section = trimmed;
+  while (!text.empty()) {
+    const size_t line_end = std::min(text.find('\n'), text.size());
+    const std::string_view line = Trim(text.substr(0, line_end));
+    text.remove_prefix(std::min(line_end + 1, text.size()));
+    const size_t equals = line.find('=');
+    if (line.starts_with('[')) {
+      section = line;
     } else if (equals != std::string_view::npos) {
-      const std::string_view key = Trim(trimmed.substr(0, equals));
-      entries[section + std::string(key)] = ParseNumber(Trim(trimmed.substr(equals + 1)));
+      const std::string_view key = Trim(line.substr(0, equals));
+      entries[section + std::string(key)] = ParseNumber(Trim(line.substr(equals + 1)));
     }
   }
   return entries;
@@ -61,7 +63,7 @@ constexpr int kDirections[] = {0, 1, 2};
 
 }  // namespace
 
-EngineIni ParseEngineIni(std::istream& text) {
+EngineIni ParseEngineIni(std::string_view text) {
   const Entries entries = ReadEntries(text);
   EngineIni ini;
   if (const auto printer = entries.find("[Configuration]Printer"); printer != entries.end())
@@ -71,13 +73,15 @@ EngineIni ParseEngineIni(std::istream& text) {
   ini.color = Known(entries, "[Configuration]Color", kColors, 0);
   ini.passes = Known(entries, "[ESwathBuilder]Slot1NumPassesOverride", kPassCounts, 0);
   ini.slot1_direction = Known(entries, "[ESwathBuilder]Slot1PrintDirection", kDirections, -1);
-  ini.slot2_direction = Known(entries, "[ESwathBuilder]Slot2PrintDirection", kDirections, -1);
   return ini;
 }
 
-EngineIni ReadEngineIni(const std::string& path) {
-  std::ifstream file(path);
-  return ParseEngineIni(file);
+int32_t ReadEngineIni(const std::string& path, EngineIni* ini) {
+  std::string text;
+  const FileReading reading = ReadRegularFile(path, kMaxIniBytes, &text);
+  if (reading == FileReading::kRefused) return kBadConfiguration;
+  *ini = reading == FileReading::kRead ? ParseEngineIni(text) : EngineIni();
+  return kOk;
 }
 
 }  // namespace zr7700::reference_engine

@@ -1,16 +1,20 @@
 #include "reference_engine/engine_ini.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
-#include <sstream>
+#include <filesystem>
+#include <fstream>
+
+#include "reference_engine/engine_status.h"
 
 namespace zr7700::reference_engine {
 namespace {
 
-EngineIni Parse(const std::string& text) {
-  std::istringstream stream(text);
-  return ParseEngineIni(stream);
-}
+namespace fs = std::filesystem;
+
+EngineIni Parse(std::string_view text) { return ParseEngineIni(text); }
 
 TEST(EngineIniTest, ReadsWhatTheHostWrites) {
   const EngineIni ini = Parse(
@@ -20,21 +24,22 @@ TEST(EngineIniTest, ReadsWhatTheHostWrites) {
   EXPECT_EQ(ini.color, 2);
   EXPECT_EQ(ini.passes, 8);
   EXPECT_EQ(ini.slot1_direction, 2);
-  EXPECT_EQ(ini.slot2_direction, 1);
 }
 
 void ExpectNothingAsked(const EngineIni& ini) {
-  EXPECT_EQ(ini.printer, 0);
+  EXPECT_FALSE(ini.printer.has_value());
   EXPECT_EQ(ini.color, 0);
   EXPECT_EQ(ini.passes, 0);
   EXPECT_EQ(ini.slot1_direction, -1);
-  EXPECT_EQ(ini.slot2_direction, -1);
 }
 
-TEST(EngineIniTest, EmptyAndMissingFilesAskForNothing) {
-  ExpectNothingAsked(Parse(""));
-  ExpectNothingAsked(ReadEngineIni("/nonexistent/cfg.ini"));
-  ExpectNothingAsked(ReadEngineIni("/"));
+TEST(EngineIniTest, AnEmptyFileAsksForNothing) { ExpectNothingAsked(Parse("")); }
+
+TEST(EngineIniTest, APrinterThatIsThereIsTold) {
+  EXPECT_EQ(Parse("[Configuration]\nPrinter=0\n").printer, 0);
+  EXPECT_EQ(Parse("[Configuration]\nPrinter=2 \n").printer, 2);
+  EXPECT_EQ(Parse("[Configuration]\nPrinter=one\n").printer, -1);
+  EXPECT_EQ(Parse("[Configuration]\nPrinter=\n").printer, -1);
 }
 
 TEST(EngineIniTest, OverridesCountOnlyWithDebugSettings) {
@@ -65,6 +70,68 @@ TEST(EngineIniTest, TheLastOfSeveralCounts) {
 
 TEST(EngineIniTest, TakesCarriageReturnsBlanksAndAMissingLastNewline) {
   EXPECT_EQ(Parse("[Configuration]\r\nUseDebugSettings = 1\r\n  Color =\t2").color, 2);
+}
+
+class EngineIniFileTest : public ::testing::Test {
+ protected:
+  EngineIniFileTest()
+      : path_(fs::temp_directory_path() / ("engine_ini_test." + std::to_string(getpid()))) {}
+  ~EngineIniFileTest() override { fs::remove(path_); }
+
+  // Expects the file to be refused, and what was known before to stay.
+  void ExpectRefused() {
+    EngineIni ini;
+    ini.passes = 4;
+    EXPECT_EQ(ReadEngineIni(path_, &ini), kBadConfiguration);
+    EXPECT_EQ(ini.passes, 4);
+  }
+  const fs::path path_;
+};
+
+constexpr std::string_view kPhoto = "[Configuration]\nUseDebugSettings=1\nColor=2\n";
+
+TEST_F(EngineIniFileTest, AMissingFileAsksForNothing) {
+  EngineIni ini;
+  ini.passes = 4;
+  EXPECT_EQ(ReadEngineIni(path_, &ini), kOk);
+  ExpectNothingAsked(ini);
+  EXPECT_EQ(ReadEngineIni(path_ / "cfg.ini", &ini), kOk);
+  ExpectNothingAsked(ini);
+}
+
+TEST_F(EngineIniFileTest, FilesOfUpTo64KibibytesAreRead) {
+  EngineIni ini;
+  std::ofstream(path_) << kPhoto << std::string((64 << 10) - kPhoto.size(), ' ');
+  EXPECT_EQ(ReadEngineIni(path_, &ini), kOk);
+  EXPECT_EQ(ini.color, 2);
+  std::ofstream(path_, std::ios::app) << '\n';
+  ExpectRefused();
+  std::ofstream(path_) << kPhoto << std::string(64 << 20, 'x');
+  ExpectRefused();
+}
+
+TEST_F(EngineIniFileTest, WhatHasNoEndIsRefused) {
+  ASSERT_EQ(mkfifo(path_.c_str(), 0600), 0);
+  ExpectRefused();
+  fs::remove(path_);
+  fs::create_symlink("/dev/zero", path_);
+  ExpectRefused();
+  fs::remove(path_);
+  fs::create_directory(path_);
+  ExpectRefused();
+  fs::remove(path_);
+  fs::create_symlink(path_, path_);
+  ExpectRefused();
+}
+
+TEST_F(EngineIniFileTest, ALinkToAFileIsFollowed) {
+  const fs::path target = path_.string() + ".target";
+  std::ofstream(target) << kPhoto;
+  fs::create_symlink(target, path_);
+  EngineIni ini;
+  EXPECT_EQ(ReadEngineIni(path_, &ini), kOk);
+  EXPECT_EQ(ini.color, 2);
+  fs::remove(target);
 }
 
 }  // namespace

@@ -51,8 +51,23 @@ TEST_P(EngineOrderTest, RefusesEverythingBeforeInitialize) {
   EXPECT_EQ(SendLine(0), kWrongOrder);
   EXPECT_EQ(calls_.HPEEndPage(handle_, 0), kWrongOrder);
   EXPECT_EQ(calls_.HPEEndDoc(handle_, 0), kWrongOrder);
+}
+
+TEST_P(EngineOrderTest, RefusesEveryPropertyBeforeInitialize) {
+  EXPECT_EQ(calls_.SetInputResolution(handle_, 0, 600), kWrongOrder);
+  EXPECT_EQ(calls_.SetLeftMargin(handle_, 1916), kWrongOrder);
   EXPECT_EQ(calls_.SetTopMargin(handle_, 69), kWrongOrder);
+  EXPECT_EQ(calls_.SetPrintableWidth(handle_, 2834), kWrongOrder);
+  EXPECT_EQ(calls_.SetPrintableHeight(handle_, 2834), kWrongOrder);
+  EXPECT_EQ(calls_.SetPhysicalWidth(handle_, 5100), kWrongOrder);
+  EXPECT_EQ(calls_.SetInstalledCartridge(handle_, 0, 4, 1), kWrongOrder);
+  EXPECT_EQ(calls_.SetHPERasterFormat(handle_, 4), kWrongOrder);
+  EXPECT_EQ(calls_.SetAlignmentInformation(handle_, 0, 112), kWrongOrder);
+  EXPECT_EQ(calls_.SetPageIntent(handle_, 1), kWrongOrder);
   EXPECT_EQ(calls_.SetMediaType(handle_, 1), kWrongOrder);
+  EXPECT_EQ(calls_.SetOutputPrintQuality(handle_, 2), kWrongOrder);
+  EXPECT_EQ(calls_.SetPaperTray(handle_, 2), kWrongOrder);
+  EXPECT_EQ(calls_.SetImageSharpeningLevel(handle_, 11), kWrongOrder);
 }
 
 TEST_P(EngineOrderTest, RefusesCallsOutOfOrder) {
@@ -94,6 +109,7 @@ TEST_P(EngineOrderTest, RefusesMissingPathsAndCallback) {
   EXPECT_EQ(calls_.HPEStartDoc(handle_, ignore, nullptr, 0, 0, 142, nullptr), kBadValue);
   EXPECT_EQ(calls_.HPEStartDoc(handle_, ignore, table.c_str(), 0, 0, 141, nullptr), kBadValue);
   EXPECT_EQ(calls_.HPEStartDoc(handle_, ignore, table.c_str(), 1, 0, 142, nullptr), kBadValue);
+  EXPECT_EQ(calls_.HPEStartDoc(handle_, ignore, table.c_str(), 0, 1, 142, nullptr), kBadValue);
   EXPECT_EQ(calls_.HPEStartDoc(handle_, ignore, table.c_str(), 0, 0, 142, nullptr), kOk);
 }
 
@@ -149,7 +165,9 @@ TEST_P(EngineOrderTest, RefusesCodesThatThePrinterDoesNotKnow) {
   EXPECT_EQ(calls_.SetInputResolution(handle_, 0, 1200), kBadValue);
   EXPECT_EQ(calls_.SetInputResolution(handle_, 0, 0), kBadValue);
   EXPECT_EQ(calls_.SetInstalledCartridge(handle_, 2, 4, 1), kBadValue);
+  EXPECT_EQ(calls_.SetInstalledCartridge(handle_, 0, 3, 1), kBadValue);
   EXPECT_EQ(calls_.SetInstalledCartridge(handle_, 1, 3, 1), kBadValue);
+  EXPECT_EQ(calls_.SetInstalledCartridge(handle_, 1, 4, 0), kBadValue);
   EXPECT_EQ(calls_.SetInstalledCartridge(handle_, 0, 4, 2), kBadValue);
   EXPECT_EQ(calls_.SetHPERasterFormat(handle_, 3), kBadValue);
   EXPECT_EQ(calls_.SetAlignmentInformation(handle_, 4, 0), kBadValue);
@@ -180,7 +198,11 @@ TEST_P(EngineOrderTest, RefusesPagesWithoutGeometry) {
 TEST_P(EngineOrderTest, RefusesAnUnknownPrinterInTheIniFile) {
   OpenDocument();
   ASSERT_EQ(host_.SetProperties({}, 16, 16), kOk);
-  host_.WriteIni("[Configuration]\nPrinter=2 \n");
+  for (const char* printer : {"2 ", "0 ", "1x", ""}) {
+    host_.WriteIni("[Configuration]\nPrinter=" + std::string(printer) + "\n");
+    EXPECT_EQ(calls_.HPEStartPage(handle_), kBadConfiguration) << printer;
+  }
+  host_.WriteIni(std::string(1 << 17, '\n'));
   EXPECT_EQ(calls_.HPEStartPage(handle_), kBadConfiguration);
   host_.WriteIni("[Configuration]\nPrinter=1 \n");
   EXPECT_EQ(calls_.HPEStartPage(handle_), kOk);
@@ -202,6 +224,15 @@ TEST_P(EngineOrderTest, RefusesBadBands) {
   EXPECT_EQ(SendLine(2), kBadValue);
   EXPECT_EQ(SendLine(15), kOk);
   EXPECT_EQ(calls_.HPEEndPage(handle_, 0), kOk);
+}
+
+TEST_P(EngineOrderTest, ReservedArgumentsOfTheEndsAreZero) {
+  OpenPage();
+  EXPECT_EQ(calls_.HPEEndPage(handle_, 7), kBadValue);
+  EXPECT_EQ(SendLine(0), kOk);
+  EXPECT_EQ(calls_.HPEEndPage(handle_, 0), kOk);
+  EXPECT_EQ(calls_.HPEEndDoc(handle_, 9), kBadValue);
+  EXPECT_EQ(calls_.HPEEndDoc(handle_, 0), kOk);
 }
 
 TEST_P(EngineOrderTest, AnEmptyDocumentSendsNothing) {

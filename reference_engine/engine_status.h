@@ -18,15 +18,21 @@ enum EngineStatus : int32_t {
   kBadValue = 0x103,
   // The colour table is missing, damaged or of another kind.
   kBadColorTable = 0x104,
-  // The ini file names a printer that this engine does not know.
+  // The ini file names a printer that this engine does not know, or is there but no regular file of
+  // at most 64 KiB that the engine may read.
   kBadConfiguration = 0x105,
   // The properties do not make a page: a width, height or resolution is missing, or the margins
   // leave nothing within the carriage's reach.
   kBadGeometry = 0x106,
-  // Out of memory.
+  // Out of memory. A page that is open is spoilt.
   kNoMemory = 0x107,
   // The output callback called an entry of the instance that was just calling it.
   kReentered = 0x108,
+  // Something was thrown while this page was open, so its lines are not whole: nothing is added to
+  // it any more. From HPEEndPage: the page has been given up.
+  kPageSpoilt = 0x109,
+  // The output callback threw something.
+  kCallbackFailed = 0x10A,
 };
 
 }  // namespace zr7700::reference_engine

@@ -26,17 +26,6 @@ class EngineStreamTest : public ::testing::TestWithParam<FamilyName> {
 
 INSTANTIATE_TEST_SUITE_P(Families, EngineStreamTest, ::testing::Values(kHeronName, kGraniteName));
 
-// Every colour and much detail, from a fixed generator.
-Picture NoisePicture(uint32_t width, uint32_t height) {
-  Picture picture(width, height);
-  uint32_t random = 12345;
-  for (uint8_t& byte : picture.pixels) {
-    random = random * 1664525 + 1013904223;
-    byte = static_cast<uint8_t>(random >> 24);
-  }
-  return picture;
-}
-
 uint32_t TotalDrops(const PrintedPage& page) {
   return page.DropCount(0) + page.DropCount(1) + page.DropCount(2);
 }

@@ -15,15 +15,22 @@ namespace engine = zr7700::reference_engine;
 
 constexpr auto kFamily = static_cast<Family>(ZR7700_ENGINE_FAMILY);
 
-// Runs one method of the handle's instance. Nothing may be thrown into the host, and the only thing
-// that the engine's own code can meet is a lack of memory.
+// Runs one method of the handle's instance. Nothing may be thrown into the host: the engine's own
+// code throws only for a lack of memory, all else comes out of the host's callback.
 template <typename... Parameters, typename... Arguments>
 int32_t Call(HPEHandle handle, int32_t (PrintEngine::*method)(Parameters...),
-             Arguments... arguments) try {
+             Arguments... arguments) {
   const engine::Hold hold(handle);
-  return hold.status() == HPE_OK ? (hold.engine().*method)(arguments...) : hold.status();
-} catch (const std::bad_alloc&) {
-  return engine::kNoMemory;
+  if (hold.status() != HPE_OK) return hold.status();
+  try {
+    return (hold.engine().*method)(arguments...);
+  } catch (const std::bad_alloc&) {
+    hold.engine().SpoilPage();
+    return engine::kNoMemory;
+  } catch (...) {
+    hold.engine().SpoilPage();
+    return engine::kCallbackFailed;
+  }
 }
 
 }  // namespace
@@ -39,26 +46,24 @@ int32_t HPEInitialize(HPEHandle handle, const char* path1, const char* path2, co
 
 int32_t HPEStartDoc(HPEHandle handle, HPEOutputCallback output, const char* color_table_path,
                     uint32_t zero1, uint32_t zero2, uint32_t code, void* context) {
-  // A code that no host sends makes the engine refuse reserved arguments that are in use.
-  const uint32_t checked_code = zero1 == 0 && zero2 == 0 ? code : 0;
-  return Call(handle, &PrintEngine::StartDocument, output, color_table_path, checked_code, context);
+  return Call(handle, &PrintEngine::StartDocument, output, color_table_path, zero1 | zero2, code,
+              context);
 }
 
 int32_t HPEStartPage(HPEHandle handle) { return Call(handle, &PrintEngine::StartPage); }
 
 int32_t HPESendBand(HPEHandle handle, uint32_t zero, uint32_t y, uint32_t raster_count,
                     uint32_t pixels_per_raster, uint32_t bytes_per_raster, const void* data) {
-  const Band band = {y, raster_count, pixels_per_raster, bytes_per_raster,
-                     zero == 0 ? data : nullptr};
-  return Call(handle, &PrintEngine::SendBand, band);
+  const Band band = {y, raster_count, pixels_per_raster, bytes_per_raster, data};
+  return Call(handle, &PrintEngine::SendBand, zero, band);
 }
 
-int32_t HPEEndPage(HPEHandle handle, uint32_t /*zero*/) {
-  return Call(handle, &PrintEngine::EndPage);
+int32_t HPEEndPage(HPEHandle handle, uint32_t zero) {
+  return Call(handle, &PrintEngine::EndPage, zero);
 }
 
-int32_t HPEEndDoc(HPEHandle handle, uint32_t /*zero*/) {
-  return Call(handle, &PrintEngine::EndDocument);
+int32_t HPEEndDoc(HPEHandle handle, uint32_t zero) {
+  return Call(handle, &PrintEngine::EndDocument, zero);
 }
 
 void DestroyHostPrintEngine(HPEHandle handle) { engine::DropInstance(handle); }

@@ -39,7 +39,7 @@ PrintDirection DirectionFor(const EngineIni& ini) {
 
 int32_t PlanPage(Family family, const Properties& properties, const EngineIni& ini,
                  PageSettings* settings) {
-  if (ini.printer != 0 && ini.printer != kPrinter) return kBadConfiguration;
+  if (ini.printer.value_or(kPrinter) != kPrinter) return kBadConfiguration;
   if (!IsPrintable(properties)) return kBadGeometry;
   const int32_t begin = std::max(0, -properties.left_margin);
   const int32_t end =

@@ -78,9 +78,11 @@ TEST(PageSettingsTest, RefusesWhatMakesNoPage) {
   properties = DiscProperties();
   properties.color_cartridge = false;
   EXPECT_EQ(PlanPage(Family::kHeron, properties, {}, &settings), kBadGeometry);
-  EngineIni ini;
-  ini.printer = 3;
-  EXPECT_EQ(PlanPage(Family::kHeron, DiscProperties(), ini, &settings), kBadConfiguration);
+  for (const int printer : {-1, 0, 2, 3}) {
+    EngineIni ini;
+    ini.printer = printer;
+    EXPECT_EQ(PlanPage(Family::kHeron, DiscProperties(), ini, &settings), kBadConfiguration);
+  }
 }
 
 }  // namespace

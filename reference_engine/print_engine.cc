@@ -7,6 +7,9 @@ namespace {
 
 constexpr uint32_t kFormatVersion = 1;
 
+// The stream counts pages in 16 bits.
+constexpr uint32_t kMaxPages = 0xFFFF;
+
 // The host's feed adjustment takes this much from every page's feed unless somebody changed it.
 constexpr uint32_t kFeedBias = 1900;
 
@@ -47,9 +50,10 @@ int32_t PrintEngine::Initialize(const char* path1, const char* path2, const char
 }
 
 int32_t PrintEngine::StartDocument(HPEOutputCallback output, const char* color_table_path,
-                                   uint32_t code, void* context) {
+                                   uint32_t reserved, uint32_t code, void* context) {
   if (file_prefix_.empty() || document_open_) return kWrongOrder;
-  if (output == nullptr || IsMissing(color_table_path) || code != HPE_START_DOC_CODE)
+  if (output == nullptr || IsMissing(color_table_path) || reserved != 0 ||
+      code != HPE_START_DOC_CODE)
     return kBadValue;
   if (!table_.Load(color_table_path)) return kBadColorTable;
   writer_.Open(output, context);
@@ -61,17 +65,21 @@ int32_t PrintEngine::StartDocument(HPEOutputCallback output, const char* color_t
 }
 
 int32_t PrintEngine::StartPage() {
-  if (!document_open_ || page_) return kWrongOrder;
+  if (!document_open_ || page_ || pages_ended_ + pages_aborted_ == kMaxPages) return kWrongOrder;
+  EngineIni ini;
   PageSettings settings;
-  const EngineIni ini = ReadEngineIni(file_prefix_ + "cfg.ini");
-  const int32_t status = PlanPage(family_, properties_, ini, &settings);
+  int32_t status = ReadEngineIni(file_prefix_ + "cfg.ini", &ini);
+  if (status == kOk) status = PlanPage(family_, properties_, ini, &settings);
   if (status != kOk) return status;
   screen_.Build(settings.screen);
   page_.emplace(settings, table_, screen_, &writer_);
   page_width_ = static_cast<uint32_t>(settings.properties.printable_width);
   page_height_ = static_cast<uint32_t>(settings.properties.printable_height);
   next_line_ = 0;
+  page_spoilt_ = false;
+  due_feed_ = FeedFor(settings.properties);
   SendPageStart(settings);
+  SendFeed();
   return kOk;
 }
 
@@ -85,7 +93,15 @@ void PrintEngine::SendPageStart(const PageSettings& settings) {
   }
   writer_.RestartCrc();
   writer_.Send(Command::kPageStart, PageStartPayload(pages_ended_ + pages_aborted_ + 1, settings));
-  writer_.Send(Command::kFeed, Payload().U32(FeedFor(settings.properties)));
+}
+
+void PrintEngine::SendFeed() {
+  // A callback that throws has had its block all the same: the feed counts as sent only once
+  // nothing stands before it, and then whatever happens.
+  writer_.Flush();
+  const uint32_t feed = *due_feed_;
+  due_feed_.reset();
+  writer_.Send(Command::kFeed, Payload().U32(feed));
 }
 
 bool PrintEngine::AcceptsBand(const Band& band) const {
@@ -95,9 +111,10 @@ bool PrintEngine::AcceptsBand(const Band& band) const {
          band.bytes_per_line >= band.pixels_per_line * kPixelBytes;
 }
 
-int32_t PrintEngine::SendBand(const Band& band) {
+int32_t PrintEngine::SendBand(uint32_t reserved, const Band& band) {
   if (!page_) return kWrongOrder;
-  if (!AcceptsBand(band)) return kBadValue;
+  if (page_spoilt_) return kPageSpoilt;
+  if (reserved != 0 || !AcceptsBand(band)) return kBadValue;
   const auto* bytes = static_cast<const uint8_t*>(band.data);
   for (uint32_t i = 0; i < band.lines; ++i)
     page_->TakeLine(band.first_line + i, {bytes + size_t{i} * band.bytes_per_line,
@@ -106,37 +123,36 @@ int32_t PrintEngine::SendBand(const Band& band) {
   return kOk;
 }
 
-void PrintEngine::SendPageCounts(Command command) {
-  const PageCounts& counts = page_->counts();
+void PrintEngine::ClosePage(Command command) {
+  if (due_feed_) SendFeed();
+  const PageCounts counts = page_->counts();
+  page_.reset();
+  ++(command == Command::kPageEnd ? pages_ended_ : pages_aborted_);
   Payload payload;
   payload.U32(counts.passes).U32(counts.rows);
   for (const uint32_t drops : counts.drops) payload.U32(drops);
   payload.U32(writer_.Crc());
   writer_.Send(command, payload);
-  writer_.Flush();
 }
 
-int32_t PrintEngine::EndPage() {
+int32_t PrintEngine::EndPage(uint32_t reserved) {
   if (!page_) return kWrongOrder;
-  page_->Finish();
-  SendPageCounts(Command::kPageEnd);
-  page_.reset();
-  ++pages_ended_;
-  return kOk;
+  if (reserved != 0) return kBadValue;
+  const bool spoilt = page_spoilt_;
+  if (!spoilt) page_->Finish();
+  ClosePage(spoilt ? Command::kPageAbort : Command::kPageEnd);
+  writer_.Flush();
+  return spoilt ? kPageSpoilt : kOk;
 }
 
-int32_t PrintEngine::EndDocument() {
+int32_t PrintEngine::EndDocument(uint32_t reserved) {
   if (!document_open_) return kWrongOrder;
-  if (page_) {
-    SendPageCounts(Command::kPageAbort);
-    page_.reset();
-    ++pages_aborted_;
-  }
-  if (document_started_) {
+  if (reserved != 0) return kBadValue;
+  if (page_) ClosePage(Command::kPageAbort);
+  if (document_started_)
     writer_.Send(Command::kDocumentEnd, Payload().U16(pages_ended_).U16(pages_aborted_));
-    writer_.Flush();
-  }
   document_open_ = false;
+  writer_.Flush();
   return kOk;
 }
 

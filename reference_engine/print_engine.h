@@ -25,22 +25,28 @@ struct Band {
   const void* data;
 };
 
-// Methods answer an EngineStatus. An instance is used by one thread at a time; instances share
-// nothing that changes.
+// Methods answer an EngineStatus; `reserved` arguments must be 0. An instance is used by one thread
+// at a time; instances share nothing that changes. StartDocument, StartPage, SendBand and EndPage
+// throw std::bad_alloc when there is no memory, and whatever the callback throws passes through all
+// that send; the caller then spoils the page.
 class PrintEngine {
  public:
   explicit PrintEngine(Family family) : family_(family) {}
 
   // Keeps the prefix of the files that change; refuses null and empty ones.
   int32_t Initialize(const char* path1, const char* path2, const char* path3, const char* path4);
-  int32_t StartDocument(HPEOutputCallback output, const char* color_table_path, uint32_t code,
-                        void* context);
+  int32_t StartDocument(HPEOutputCallback output, const char* color_table_path, uint32_t reserved,
+                        uint32_t code, void* context);
   // Reads the ini file and takes the properties as they stand.
   int32_t StartPage();
-  int32_t SendBand(const Band& band);
-  int32_t EndPage();
+  int32_t SendBand(uint32_t reserved, const Band& band);
+  // Gives a spoilt page up. If this very call throws, the page stays open, spoilt.
+  int32_t EndPage(uint32_t reserved);
   // A page that is still open is given up: what its finished passes have sent stays sent.
-  int32_t EndDocument();
+  int32_t EndDocument(uint32_t reserved);
+  // Something was thrown out of a method above: a page that is open takes no more lines and can
+  // only be given up, for what it has got may be half a line. Nothing happens without a page.
+  void SpoilPage() { page_spoilt_ = page_.has_value(); }
 
   int32_t SetResolution(uint32_t axis, uint32_t dots_per_inch);
   int32_t SetLeftMargin(int32_t dots);
@@ -61,7 +67,7 @@ class PrintEngine {
   int32_t SetLength(int32_t value, int32_t low, int32_t high, int32_t* property) const;
   bool AcceptsBand(const Band& band) const;
   void SendPageStart(const PageSettings& settings);
-  void SendPageCounts(Command command);
+  void SendFeed();
   void ClosePage(Command command);
 
   // Constant from the beginning.
@@ -82,6 +88,9 @@ class PrintEngine {
   uint32_t page_width_ = 0;
   uint32_t page_height_ = 0;
   uint32_t next_line_ = 0;
+  bool page_spoilt_ = false;
+  // The page's feed until it is sent.
+  std::optional<uint32_t> due_feed_;
 };
 
 }  // namespace zr7700::reference_engine

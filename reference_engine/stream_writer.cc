@@ -10,6 +10,10 @@ namespace {
 // Long enough to make calls rare, short enough to stay in the second-level cache.
 constexpr size_t kBlockBytes = 64 << 10;
 
+// A block is handed over when it is longer than that; the longest row has some 3 kB, and the
+// commands between two rows have less than 100 bytes.
+constexpr size_t kBlockCapacityBytes = 2 * kBlockBytes;
+
 constexpr size_t kCrcSlices = 8;
 using CrcTables = std::array<std::array<uint32_t, 256>, kCrcSlices>;
 
@@ -71,7 +75,7 @@ void StreamWriter::Open(HPEOutputCallback output, void* context) {
   output_ = output;
   context_ = context;
   block_.clear();
-  block_.reserve(2 * kBlockBytes);
+  block_.reserve(kBlockCapacityBytes);
   counted_bytes_ = 0;
 }
 
@@ -83,7 +87,6 @@ void StreamWriter::Append(Command command, const Payload& payload) {
 void StreamWriter::Send(Command command, const Payload& payload) {
   if (command != Command::kFeed) {
     Append(command, payload);
-    FlushIfLong();
     return;
   }
   Flush();
@@ -96,7 +99,7 @@ void StreamWriter::Send(Command command, const Payload& payload) {
 void StreamWriter::SendRow(const Payload& fixed_part, std::span<const uint8_t> escaped_data) {
   Append(Command::kRow, fixed_part);
   block_.insert(block_.end(), escaped_data.begin(), escaped_data.end());
-  FlushIfLong();
+  if (block_.size() >= kBlockBytes) Flush();
 }
 
 void StreamWriter::CountCrc() {
@@ -114,16 +117,18 @@ uint32_t StreamWriter::Crc() {
   return crc_;
 }
 
-void StreamWriter::FlushIfLong() {
-  if (block_.size() >= kBlockBytes) Flush();
-}
-
 void StreamWriter::Flush() {
   if (block_.empty()) return;
   CountCrc();
+  // However the callback returns.
+  struct Emptying {
+    StreamWriter* writer;
+    ~Emptying() {
+      writer->block_.clear();
+      writer->counted_bytes_ = 0;
+    }
+  } const emptying = {this};
   output_(context_, block_.data(), static_cast<uint32_t>(block_.size()));
-  block_.clear();
-  counted_bytes_ = 0;
 }
 
 }  // namespace zr7700::reference_engine

@@ -40,10 +40,13 @@ class Payload {
   size_t length_bytes_ = 0;
 };
 
-// Main use: Send for everything but rows, SendRow for rows, Flush at the end of an entry.
+// Main use: Send for everything but rows, SendRow for rows, Flush at the end of an entry. A block
+// counts as handed over as soon as `output` is called: what `output` throws passes through, and the
+// block does not come again. Send throws for nothing but a feed.
 class StreamWriter {
  public:
-  // Sends to `output` with `context` from now on.
+  // Sends to `output` with `context` from now on. Takes all the memory that the writer ever needs
+  // and throws std::bad_alloc when there is none; nothing else here lacks memory.
   void Open(HPEOutputCallback output, void* context);
 
   // Appends a command; `payload` is escaped on the way unless the command is a feed, which also
@@ -63,7 +66,6 @@ class StreamWriter {
  private:
   void Append(Command command, const Payload& payload);
   void CountCrc();
-  void FlushIfLong();
 
   HPEOutputCallback output_ = nullptr;
   void* context_ = nullptr;

@@ -85,8 +85,9 @@ void Sweep::SendPass(uint32_t pass) {
   Payload start;
   start.U32(counts_.passes).U32(static_cast<uint32_t>(HeadLine(pass)));
   start.U8(reverse ? 1 : 0).U8(settings_.passes);
-  writer_->Send(Command::kPassStart, start);
+  // Counted before they are sent, here and below: whatever the callback throws, they have gone.
   ++counts_.passes;
+  writer_->Send(Command::kPassStart, start);
   for (RowList& list : pending.lists) {
     SendList(list, reverse);
     list.rows.clear();
@@ -102,11 +103,11 @@ void Sweep::SendList(const RowList& list, bool reverse) {
     Payload fixed_part;
     fixed_part.U16(row.nozzle).U8(static_cast<uint8_t>(kPlaneNames[row.plane]));
     fixed_part.U16(static_cast<uint32_t>(told_column)).U16(row.cells);
+    counts_.drops[row.plane] += row.drops;
+    ++counts_.rows;
     writer_->SendRow(fixed_part,
                      std::span(list.data).subspan(data_begin, row.data_end - data_begin));
     data_begin = row.data_end;
-    counts_.drops[row.plane] += row.drops;
-    ++counts_.rows;
   }
 }
 

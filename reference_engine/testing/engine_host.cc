@@ -52,6 +52,16 @@ void Picture::Fill(uint32_t x, uint32_t y, uint32_t columns, uint32_t lines,
       std::copy(color.begin(), color.end(), pixel(column, line));
 }
 
+Picture NoisePicture(uint32_t width, uint32_t height) {
+  Picture picture(width, height);
+  uint32_t random = 12345;
+  for (uint8_t& byte : picture.pixels) {
+    random = random * 1664525 + 1013904223;
+    byte = static_cast<uint8_t>(random >> 24);
+  }
+  return picture;
+}
+
 std::string IniText(int color, int passes, int direction) {
   return "[Configuration]\nUseDebugSettings=1 \nPrinter=1 \nColor=" + std::to_string(color) +
          " \n[ESwathBuilder]\nSlot1NumPassesOverride=" + std::to_string(passes) +

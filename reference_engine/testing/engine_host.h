@@ -56,6 +56,9 @@ struct Picture {
   std::vector<uint8_t> pixels;
 };
 
+// Every colour and much detail, from a fixed generator.
+Picture NoisePicture(uint32_t width, uint32_t height);
+
 // What a page is printed with; the defaults are the filter's for a disc at 600 dpi.
 struct Job {
   std::string table;
