@@ -5,7 +5,6 @@ label ─► (imagetopdf | pdftopdf) ─► gstoraster ─► rastertoZR7700 ─
                                                         └─ descriptor 3 ──┘ status records
 """
 
-import contextlib
 import errno
 import os
 import re
@@ -15,14 +14,13 @@ import subprocess
 import time
 
 import demo_options
+import demo_stop
 from demo_label import Refused
 
 FILTERS = "/usr/lib/cups/filter"
 PATIENCE_S = 90  # a job that gets no further for so long will never end
 SCARCE_BYTES = 30 << 20  # with less than this left on the disk, a failure is put down to it
 FAREWELL_S = 1.0  # what the filter gets to clean up; its wait for an idle printer is cut short
-
-STOP_SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
 
 _SCALING = ("print-scaling", "fit-to-page", "natural-scaling", "scaling", "ppi")
 
@@ -61,21 +59,6 @@ class Job:
                        "CUPS_SERVERBIN": "/usr/lib/cups"}
 
 
-@contextlib.contextmanager
-def signals_held():
-    """What asks us to stop takes effect at the end: no process is started and then forgotten."""
-    came = []
-    old = {number: signal.signal(number, lambda number, _: came.append(number))
-           for number in STOP_SIGNALS}
-    try:
-        yield
-    finally:
-        for number, handler in old.items():
-            signal.signal(number, handler)
-        if came:
-            signal.raise_signal(came[0])
-
-
 class Chain:
     """The processes; their standard errors go to files in `folder`. Nothing runs before start, and
     stop is due after it, however it ended."""
@@ -88,7 +71,7 @@ class Chain:
         self._environment = job.environment(folder)
 
     def start(self):
-        with signals_held():
+        with demo_stop.Held():
             self._start_all()
 
     def _start_all(self):

@@ -4,38 +4,28 @@
 ./demo runs this once everything is built. Standard library only.
 """
 
-import signal
+import demo_stop
+
+if __name__ == "__main__":
+    demo_stop.prepare()  # before the other imports, which take long enough to be interrupted
+
+import argparse
+import errno
+import fcntl
+import itertools
+import json
+import os
+import re
+import shutil
 import sys
+import tempfile
+import time
 
-
-def stop(number, _):
-    """Once: what follows is cleaning up, which is not to be interrupted."""
-    for other in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
-        signal.signal(other, signal.SIG_IGN)
-    sys.exit(128 + number)
-
-
-# Before the other imports, which take long enough to be interrupted.
-for _number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
-    signal.signal(_number, stop)
-
-# pylint: disable=wrong-import-position
-import argparse  # noqa: E402
-import errno  # noqa: E402
-import fcntl  # noqa: E402
-import itertools  # noqa: E402
-import json  # noqa: E402
-import os  # noqa: E402
-import re  # noqa: E402
-import shutil  # noqa: E402
-import tempfile  # noqa: E402
-import time  # noqa: E402
-
-import demo_label  # noqa: E402
-import demo_options  # noqa: E402
-import demo_picture  # noqa: E402
-from demo_chain import SCARCE_BYTES, Chain, Job  # noqa: E402
-from demo_label import Refused  # noqa: E402
+import demo_label
+import demo_options
+import demo_picture
+from demo_chain import SCARCE_BYTES, Chain, Job
+from demo_label import Refused
 
 TOP = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 EXAMPLES = ("labels/concert.pdf", "labels/lake.png")
