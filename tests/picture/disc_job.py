@@ -29,11 +29,13 @@ _HEADER_BYTES = 1796  # of a raster page; a stream begins with a word of 4 bytes
 
 @dataclass
 class Disc:
-    """What came out: the decoded disc (sRGB, a pixel a dot), its report, the filter's messages."""
+    """What came out: the decoded disc (sRGB, a pixel a dot), its report, the filter's messages, and
+    the processor time that filter and engine took."""
 
     picture: np.ndarray
     report: dict
     messages: str
+    processor_seconds: float
 
 
 @functools.lru_cache(None)
@@ -113,4 +115,4 @@ def _run(box, options, cartridge, name):
     assert printer.returncode == 0, printer.stderr
     report = json.loads((box.bench / "report.json").read_text())
     with Image.open(report["discs"][0]["picture"]) as picture:
-        return Disc(np.asarray(picture.convert("RGB")), report, messages)
+        return Disc(np.asarray(picture.convert("RGB")), report, messages, job.processor_seconds)
