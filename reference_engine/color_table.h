@@ -3,8 +3,11 @@
 #define ZR7700_REFERENCE_ENGINE_COLOR_TABLE_H_
 
 #include <cstdint>
+#include <ctime>
 #include <string>
 #include <vector>
+
+#include "reference_engine/family.h"
 
 namespace zr7700::reference_engine {
 
@@ -15,15 +18,21 @@ inline constexpr uint32_t kTableStepShift = 3;
 
 constexpr uint32_t WidenInput(uint32_t value) { return value + (value >> 7); }
 
+// What the description of a family's tables begins with.
+constexpr const char* TableDescription(Family family) {
+  return family == Family::kHeron ? "ZR7700 Heron, " : "ZR7700 Granite, ";
+}
+
 // One node: the ink codes of cyan, magenta and yellow from the lowest byte up.
 using InkNode = uint32_t;
 
 class ColorTable {
  public:
   // Reads the ICC device link (RGB to CMY) in the file `path`. False when the file is missing,
-  // damaged or of another kind; the table then keeps what it held. Reading the file that it
-  // already holds again costs nothing unless the file has changed.
-  bool Load(const std::string& path);
+  // damaged (it must carry its profile ID, and be as long as its header says), of another kind or
+  // another family's; the table then keeps what it held, and also when std::bad_alloc is thrown.
+  // Reading the file that it already holds again costs nothing unless the file has changed.
+  bool Load(Family family, const std::string& path);
 
   bool loaded() const { return !nodes_.empty(); }
 
@@ -34,9 +43,11 @@ class ColorTable {
   // What is known of a file without reading it.
   struct Identity {
     std::string path;
+    uint64_t device = 0;
     uint64_t inode = 0;
     int64_t length_bytes = -1;
-    int64_t changed_ns = 0;
+    time_t changed_s = 0;
+    long changed_ns = 0;  // within the second
     bool operator==(const Identity&) const = default;
   };
   static bool Identify(const std::string& path, Identity* identity);

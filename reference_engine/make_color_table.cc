@@ -1,6 +1,7 @@
 // Build tool: writes the colour table of one family and media as an ICC device link from sRGB to
 // ink codes.
 //   make_color_table heron|granite MEDIA exact|photo OUTPUT
+// The table carries what it is for in its description and its profile ID, which engines check.
 // "exact" aims at each colour as it is; "photo" scales all colours so that black is the inks' own
 // black and shadows keep their steps.
 #include <lcms2.h>
@@ -9,7 +10,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 
+#include "reference_engine/color_table.h"
 #include "reference_engine/ink_model.h"
 
 namespace zr7700::reference_engine {
@@ -61,14 +64,16 @@ bool AddTable(cmsHPROFILE profile, TableRecipe recipe) {
   return done;
 }
 
-bool WriteTable(const TableRecipe& recipe, const char* path) {
+bool WriteTable(const TableRecipe& recipe, const std::string& description, const char* path) {
   cmsHPROFILE profile = cmsCreateProfilePlaceholder(nullptr);
   cmsSetProfileVersion(profile, 2.4);
   cmsSetDeviceClass(profile, cmsSigLinkClass);
   cmsSetColorSpace(profile, cmsSigRgbData);
   cmsSetPCS(profile, cmsSigCmyData);
-  AddDescription(profile, "ZR7700 sRGB to ink codes");
-  const bool done = AddTable(profile, recipe) && cmsSaveProfileToFile(profile, path);
+  AddDescription(profile, description.c_str());
+  // The ID is that of what is saved next.
+  const bool done =
+      AddTable(profile, recipe) && cmsMD5computeID(profile) && cmsSaveProfileToFile(profile, path);
   cmsCloseProfile(profile);
   return done;
 }
@@ -80,8 +85,10 @@ int Run(int argc, char** argv) {
   }
   const Family family = std::strcmp(argv[1], "heron") == 0 ? Family::kHeron : Family::kGranite;
   const auto media = static_cast<uint32_t>(std::strtoul(argv[2], nullptr, 10));
-  const TableRecipe recipe = {&InksFor(family, media), std::strcmp(argv[3], "photo") == 0};
-  if (WriteTable(recipe, argv[4])) return 0;
+  const bool photo = std::strcmp(argv[3], "photo") == 0;
+  const std::string description = TableDescription(family) + ("media " + std::to_string(media)) +
+                                  (photo ? ", photo" : ", exact") + ": sRGB to ink codes";
+  if (WriteTable({&InksFor(family, media), photo}, description, argv[4])) return 0;
   std::fprintf(stderr, "make_color_table: cannot write %s\n", argv[4]);
   return 1;
 }

@@ -55,7 +55,7 @@ int32_t PrintEngine::StartDocument(HPEOutputCallback output, const char* color_t
   if (output == nullptr || IsMissing(color_table_path) || reserved != 0 ||
       code != HPE_START_DOC_CODE)
     return kBadValue;
-  if (!table_.Load(color_table_path)) return kBadColorTable;
+  if (!table_.Load(family_, color_table_path)) return kBadColorTable;
   writer_.Open(output, context);
   document_open_ = true;
   document_started_ = false;
