@@ -131,6 +131,16 @@ TEST_P(EngineOrderTest, RefusesBrokenColorTables) {
   EXPECT_EQ(host_.StartDocument(StandardTable(GetParam())), kOk);
 }
 
+TEST_P(EngineOrderTest, TakesTheMediaThatItsFamilyTellsApart) {
+  ASSERT_EQ(host_.Initialize(), kOk);
+  const bool granite = GetParam().letter == 'G';
+  EXPECT_EQ(calls_.SetMediaType(handle_, 1), kOk);
+  for (const uint32_t media : {2U, 7U, 8U, 9U})
+    EXPECT_EQ(calls_.SetMediaType(handle_, media), granite ? kOk : kBadValue) << media;
+  for (const uint32_t media : {0U, 3U, 6U, 10U, 0xFFFFFFFFU})
+    EXPECT_EQ(calls_.SetMediaType(handle_, media), kBadValue) << media;
+}
+
 struct BadNumber {
   const char* name;
   SetNumberEntry EntryTable::*entry;
@@ -172,7 +182,6 @@ TEST_P(EngineOrderTest, RefusesCodesThatThePrinterDoesNotKnow) {
   EXPECT_EQ(calls_.SetHPERasterFormat(handle_, 3), kBadValue);
   EXPECT_EQ(calls_.SetAlignmentInformation(handle_, 4, 0), kBadValue);
   EXPECT_EQ(calls_.SetAlignmentInformation(handle_, 6, 256), kBadValue);
-  EXPECT_EQ(calls_.SetMediaType(handle_, 3), kBadValue);
   EXPECT_EQ(calls_.SetOutputPrintQuality(handle_, 1), kBadValue);
 }
 

@@ -8,7 +8,9 @@ namespace zr7700::reference_engine {
 namespace {
 
 constexpr uint32_t kResolutions[] = {300, 600};
-constexpr uint32_t kMedia[] = {1, 2, 7, 8, 9};
+constexpr uint32_t kGraniteMedia[] = {1, 2, 7, 8, 9};
+// Heron prints alike on every media; another code would ask for what it cannot do.
+constexpr uint32_t kHeronMedia[] = {1};
 constexpr uint32_t kQualities[] = {2, 3, 4};
 constexpr int32_t kDiscTray = 2;
 constexpr int32_t kPhotoIntent = 1;
@@ -95,7 +97,8 @@ int32_t PrintEngine::SetIntent(int32_t intent) {
 
 int32_t PrintEngine::SetMedia(uint32_t code) {
   if (file_prefix_.empty()) return kWrongOrder;
-  return SetCode(kMedia, code, &properties_.media);
+  if (family_ == Family::kHeron) return SetCode(kHeronMedia, code, &properties_.media);
+  return SetCode(kGraniteMedia, code, &properties_.media);
 }
 
 int32_t PrintEngine::SetQuality(uint32_t code) {

@@ -382,14 +382,14 @@ TEST(EngineFamiliesTest, MediaChangesTheAmountOfInk) {
   picture.Fill(0, 0, 256, 256, {230, 230, 230});
   Job job;
   job.table = StandardTable(kGraniteName);
-  const uint32_t plain = TotalDrops(PrintAndRead(kGraniteName, job, picture));
+  const uint32_t high_gloss = TotalDrops(PrintAndRead(kGraniteName, job, picture));
   job.media = 2;
-  const uint32_t coated = TotalDrops(PrintAndRead(kGraniteName, job, picture));
+  const uint32_t high_gloss_2 = TotalDrops(PrintAndRead(kGraniteName, job, picture));
   job.media = 8;
-  const uint32_t glossy = TotalDrops(PrintAndRead(kGraniteName, job, picture));
+  const uint32_t semi_gloss = TotalDrops(PrintAndRead(kGraniteName, job, picture));
   // The less a drop spreads, the more of them it takes.
-  EXPECT_LT(plain, coated);
-  EXPECT_LT(coated, glossy);
+  EXPECT_LT(high_gloss, high_gloss_2);
+  EXPECT_LT(high_gloss_2, semi_gloss);
 }
 
 }  // namespace

@@ -8,15 +8,17 @@ namespace {
 
 constexpr InkSet kHeronInks = {
     {{0.0020, 0.985, 0.995}, {0.990, 0.0020, 0.985}, {0.995, 0.990, 0.0020}}};
-constexpr InkSet kGraniteMatteInks = {
+constexpr InkSet kGraniteHighGlossInks = {
     {{0.0025, 0.980, 0.992}, {0.988, 0.0025, 0.982}, {0.994, 0.988, 0.0025}}};
-constexpr InkSet kGraniteGlossyInks = {
+constexpr InkSet kGraniteRimmedInks = {
     {{0.0012, 0.986, 0.996}, {0.992, 0.0012, 0.988}, {0.997, 0.992, 0.0012}}};
 
 // The side absorptions of the inks are so small that each round gains more than one digit.
 constexpr int kSeparationRounds = 24;
 
-bool IsGlossy(uint32_t media) { return media >= 7 && media <= 9; }
+// WhitePolyester, SemiGloss and WhiteMatteBOPP: the discs with a raised rim. The others are
+// HighGloss.
+bool IsRimmed(uint32_t media) { return media >= 7 && media <= 9; }
 
 // What all inks but `plane` let through in the channel that `plane` absorbs.
 double OtherInks(const InkSet& inks, const Coverages& coverages, size_t plane) {
@@ -30,12 +32,12 @@ double OtherInks(const InkSet& inks, const Coverages& coverages, size_t plane) {
 
 const InkSet& InksFor(Family family, uint32_t media) {
   if (family == Family::kHeron) return kHeronInks;
-  return IsGlossy(media) ? kGraniteGlossyInks : kGraniteMatteInks;
+  return IsRimmed(media) ? kGraniteRimmedInks : kGraniteHighGlossInks;
 }
 
 std::array<double, kDropSizes> DropCoverages(Family family, uint32_t media) {
   if (family == Family::kHeron) return {0.38, 0.74, 1};
-  if (IsGlossy(media)) return {0.30, 0.65, 1};
+  if (IsRimmed(media)) return {0.30, 0.65, 1};
   if (media == 2) return {0.34, 0.70, 1};
   return {0.36, 0.72, 1};
 }

@@ -19,7 +19,7 @@ using Coverages = std::array<double, kPlanes>;
 // What each ink lets through at full coverage, by Plane.
 using InkSet = std::array<LinearColor, kPlanes>;
 
-// The ink set that prints on `media` (an engine media code; unknown codes count as plain).
+// The ink set that prints on `media` (an engine media code; unknown codes count as 1, HighGloss).
 const InkSet& InksFor(Family family, uint32_t media);
 
 // Share of its grid square that a drop of size 1, 2, 3 covers on `media`.

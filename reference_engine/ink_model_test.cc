@@ -42,7 +42,7 @@ TEST(InkModelTest, ColorsOutOfReachTakeInksWithinBounds) {
   EXPECT_EQ(SeparateInks(InksFor(Family::kHeron, 1), {0, 0, 1})[kYellow], 0);
 }
 
-TEST(InkModelTest, GlossyMediaHaveTheirOwnInksOnGraniteOnly) {
+TEST(InkModelTest, RimmedDiscsHaveTheirOwnInksOnGraniteOnly) {
   EXPECT_EQ(InksFor(Family::kGranite, 7), InksFor(Family::kGranite, 9));
   EXPECT_NE(InksFor(Family::kGranite, 7), InksFor(Family::kGranite, 2));
   EXPECT_EQ(InksFor(Family::kHeron, 7), InksFor(Family::kHeron, 1));
