@@ -35,11 +35,27 @@ bool LoadEngine(const std::string& path, Engine* engine) {
     std::fprintf(stderr, "engine_bench: %s\n", dlerror());
     return false;
   }
-#define ZR7700_RESOLVE(name, type) engine->name = reinterpret_cast<type>(dlsym(library, #name));
+  bool complete = true;
+#define ZR7700_RESOLVE(name, type)                                                   \
+  engine->name = reinterpret_cast<type>(dlsym(library, #name));                      \
+  if (engine->name == nullptr) {                                                     \
+    std::fprintf(stderr, "engine_bench: %s has no entry %s\n", path.c_str(), #name); \
+    complete = false;                                                                \
+  }
   HPE_ENTRIES(ZR7700_RESOLVE)
 #undef ZR7700_RESOLVE
-  return engine->CreateHostPrintEngine != nullptr && engine->SetImageSharpeningLevel != nullptr;
+  return complete;
 }
+
+// Whether the entry answered 0; says what it answered if it did not.
+bool Succeeded(const char* entry, int32_t status) {
+  if (status != HPE_OK)
+    std::fprintf(stderr, "engine_bench: %s answered 0x%x\n", entry, static_cast<uint32_t>(status));
+  return status == HPE_OK;
+}
+
+// Calls an entry of `engine` with `handle` and the other arguments.
+#define ZR7700_CALL(entry, ...) Succeeded(#entry, engine.entry(handle, __VA_ARGS__))
 
 uint8_t ToByte(double value) { return static_cast<uint8_t>(std::clamp(value, 0.0, 255.0)); }
 
@@ -73,23 +89,43 @@ double ProcessorSeconds() {
   return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
 }
 
-int32_t SetProperties(const Engine& engine, HPEHandle handle) {
-  return engine.SetInputResolution(handle, 0, 600) | engine.SetInputResolution(handle, 1, 600) |
-         engine.SetLeftMargin(handle, 1916) | engine.SetTopMargin(handle, 69) |
-         engine.SetPhysicalWidth(handle, 5100) | engine.SetPrintableWidth(handle, kSide) |
-         engine.SetPrintableHeight(handle, kSide) | engine.SetImageSharpeningLevel(handle, 11);
+bool SetProperties(const Engine& engine, HPEHandle handle) {
+  return ZR7700_CALL(SetInputResolution, 0, 600) && ZR7700_CALL(SetInputResolution, 1, 600) &&
+         ZR7700_CALL(SetLeftMargin, 1916) && ZR7700_CALL(SetTopMargin, 69) &&
+         ZR7700_CALL(SetPhysicalWidth, 5100) && ZR7700_CALL(SetPrintableWidth, kSide) &&
+         ZR7700_CALL(SetPrintableHeight, kSide) && ZR7700_CALL(SetImageSharpeningLevel, 11);
 }
 
-// The page as the filter sends it, line by line. Anything but 0 is an error of the engine.
-int32_t PrintPage(const Engine& engine, HPEHandle handle, const std::string& table,
-                  const std::vector<uint8_t>& pixels, uint64_t* bytes) {
-  int32_t status =
-      engine.HPEStartDoc(handle, CountBytes, table.c_str(), 0, 0, HPE_START_DOC_CODE, bytes) |
-      SetProperties(engine, handle) | engine.HPEStartPage(handle);
+// The page as the filter sends it, line by line; stops at the first entry that fails.
+bool PrintPage(const Engine& engine, HPEHandle handle, const std::string& table,
+               const std::vector<uint8_t>& pixels, uint64_t* bytes) {
+  if (!ZR7700_CALL(HPEStartDoc, CountBytes, table.c_str(), 0, 0, HPE_START_DOC_CODE, bytes)) {
+    std::fprintf(stderr, "engine_bench: the colour table is %s\n", table.c_str());
+    return false;
+  }
+  if (!SetProperties(engine, handle)) return false;
+  if (!Succeeded("HPEStartPage", engine.HPEStartPage(handle))) return false;
   for (uint32_t y = 0; y < kSide; ++y)
-    status |= engine.HPESendBand(handle, 0, y, 1, kSide, kSide * 4, &pixels[size_t{y} * kSide * 4]);
-  return status | engine.HPEEndPage(handle, 0) | engine.HPEEndDoc(handle, 0);
+    if (!ZR7700_CALL(HPESendBand, 0, y, 1, kSide, kSide * 4, &pixels[size_t{y} * kSide * 4]))
+      return false;
+  return ZR7700_CALL(HPEEndPage, 0) && ZR7700_CALL(HPEEndDoc, 0);
 }
+
+// The same from making an instance to giving it back.
+bool RunInstance(const Engine& engine, const std::string& prefix, const std::string& table,
+                 const std::vector<uint8_t>& pixels, uint64_t* bytes) {
+  HPEHandle const handle = engine.CreateHostPrintEngine();
+  if (handle == nullptr) {
+    std::fprintf(stderr, "engine_bench: CreateHostPrintEngine answered null\n");
+    return false;
+  }
+  const char* const path = prefix.c_str();
+  const bool done = ZR7700_CALL(HPEInitialize, path, path, path, path) &&
+                    PrintPage(engine, handle, table, pixels, bytes);
+  engine.DestroyHostPrintEngine(handle);
+  return done;
+}
+#undef ZR7700_CALL
 
 struct FamilyFiles {
   const char* name;
@@ -118,12 +154,7 @@ bool TimeFamily(const std::string& root, const std::string& scratch, const Famil
     for (int page = 0; page < pages; ++page) {
       const double begin = ProcessorSeconds();
       bytes = 0;
-      HPEHandle handle = engine.CreateHostPrintEngine();
-      int32_t status = engine.HPEInitialize(handle, prefix.c_str(), prefix.c_str(), prefix.c_str(),
-                                            prefix.c_str());
-      status |= PrintPage(engine, handle, table, pixels, &bytes);
-      engine.DestroyHostPrintEngine(handle);
-      if (status != 0) return false;
+      if (!RunInstance(engine, prefix, table, pixels, &bytes)) return false;
       const double seconds = ProcessorSeconds() - begin;
       if (page == 0) first = seconds;
       best = std::min(best, seconds);
