@@ -3,14 +3,17 @@
 
 Usage: bench/peers.py BUILD_FOLDER [RUNS]
 
+Prints a row for each engine family and print quality, and one for each other filter.
 BUILD_FOLDER is a build with ZR7700_COMPANIONS=ON and no ZR7700_ROOT. The page is 2834 x 2834 pixels
 of a photograph-like picture, an uncompressed CUPS raster. A filter's time is the least user + system
-time of RUNS runs (default 5); its waiting for a printer costs none. Needs bubblewrap, numpy and the
-packages printer-driver-gutenprint and printer-driver-hpcups.
+time of RUNS runs (default 5); its waiting for a printer costs none. This filter runs with the
+defaults of its PPD but for the quality, the others with all of theirs. Needs bubblewrap, numpy and
+the packages printer-driver-gutenprint and printer-driver-hpcups.
 """
 
 import os
 import pathlib
+import re
 import resource
 import shutil
 import subprocess
@@ -22,8 +25,16 @@ import numpy
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "tests/jobs"))
 import job  # noqa: E402
 import raster  # noqa: E402
+import record  # noqa: E402
 
 SIDE_DOTS = 2834
+
+# A letter of each family's cartridges.
+FAMILIES = {"Heron": "U", "Granite": "Q"}
+QUALITIES = ("Quality1", "Quality2", "Quality3", "Quality4")
+# The defaults that say how much work a page is.
+NAMED_OPTIONS = ("Resolution", "MediaType", "ColorMatching", "InnerDiameter", "OuterMargin",
+                 "Saturation", "Bidi")
 
 
 def photograph():
@@ -42,19 +53,32 @@ def processor_seconds():
     return used.ru_utime + used.ru_stime
 
 
-def run_ours(build, page):
+def default_of(option, ppd):
+    return re.search(rf"(?m)^\*Default{option}: *(\S+)", ppd)[1]
+
+
+def run_ours(build, page, family, ppd):
     """Seconds and bytes of one job with the open engine, in a private root."""
     os.environ["ZR7700_FILTER"] = str(build / "rastertoZR7700")
 
     def place_engine(sandbox):
         shutil.copytree(build / "root", sandbox.root, dirs_exist_ok=True)
 
-    ppd = next((build / "ppd").glob("**/*.ppd")).read_text()
+    status = record.record(cartridge=FAMILIES[family])
     before = processor_seconds()
-    result = job.Job(pages=page, ppd_text=ppd, from_file=True, prepare=place_engine).run()
+    result = job.Job(pages=page, ppd_text=ppd, record=status, from_file=True,
+                     prepare=place_engine).run()
     if result.status != 0:
         sys.exit("rastertoZR7700 failed:\n" + result.stderr)
     return processor_seconds() - before, len(result.stdout)
+
+
+def ours(build, page, family, quality):
+    """A function that prints the page once in one quality."""
+    ppd = (build / "ppd/zr7700.ppd").read_text()
+    ppd = re.sub(r"(?m)^(\*DefaultPrintQuality:).*", rf"\1 {quality}", ppd)
+    assert default_of("PrintQuality", ppd) == quality
+    return lambda: run_ours(build, page, family, ppd)
 
 
 def run_peer(command, ppd, page_file):
@@ -86,8 +110,9 @@ def main():
         folder = pathlib.Path(name)
         page_file = folder / "page.ras"
         page_file.write_bytes(page)
-        rows = {
-            "rastertoZR7700 with the open engine": lambda: run_ours(build, page),
+        rows = {f"rastertoZR7700, {family}, {quality}": ours(build, page, family, quality)
+                for family in FAMILIES for quality in QUALITIES}
+        rows |= {
             "rastertogutenprint (Epson R300)":
                 peer(folder, page_file, "rastertogutenprint.5.3",
                      ["/usr/lib/cups/driver/gutenprint.5.3", "cat",
@@ -97,6 +122,9 @@ def main():
                      ["/usr/lib/cups/daemon/cups-driverd", "cat",
                       "drv:///hpcups.drv/hp-photosmart_d5300_series.ppd"]),
         }
+        ppd = (build / "ppd/zr7700.ppd").read_text()
+        print("rastertoZR7700:", ", ".join(f"{option}={default_of(option, ppd)}"
+                                           for option in NAMED_OPTIONS), end="\n\n")
         print("| filter | processor time | bytes written |\n| --- | --- | --- |")
         for label, run in rows.items():
             seconds, size = min(run() for _ in range(runs))
