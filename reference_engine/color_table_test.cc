@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <lcms2.h>
+#include <lcms2_plugin.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -134,6 +135,32 @@ TEST_F(ColorTableTest, RefusesATableOfAnotherLength) {
         size_t{5000}, size_t{200000}, bytes_.size() - 2, bytes_.size() - 1})
     EXPECT_FALSE(Takes(bytes_.substr(0, length))) << length;
   EXPECT_FALSE(Takes(bytes_ + '\0'));
+}
+
+// The table with the ID that the ICC format asks for: the MD5 of itself with zeros in its place.
+std::string Sealed(std::string bytes) {
+  bytes.replace(84, 16, 16, '\0');
+  cmsHANDLE const sum = cmsMD5alloc(nullptr);
+  cmsMD5add(sum, reinterpret_cast<const cmsUInt8Number*>(bytes.data()),
+            static_cast<cmsUInt32Number>(bytes.size()));
+  cmsProfileID id;
+  cmsMD5finish(&id, sum);
+  std::memcpy(&bytes[84], id.ID8, sizeof id.ID8);
+  return bytes;
+}
+
+TEST_F(ColorTableTest, RefusesALengthThatTheHeaderDoesNotTell) {
+  EXPECT_EQ(Sealed(bytes_), bytes_);
+  EXPECT_FALSE(Takes(Sealed(bytes_ + '\0')));
+  bytes_.pop_back();
+  EXPECT_FALSE(Takes(Sealed(bytes_)));
+}
+
+TEST_F(ColorTableTest, RefusesATableOfAnotherDescription) {
+  const size_t place = bytes_.find("ZR7700 Granite, ");
+  ASSERT_NE(place, std::string::npos);
+  bytes_[place + 14] = '.';
+  EXPECT_FALSE(Takes(Sealed(bytes_)));
 }
 
 TEST_F(ColorTableTest, RefusesATableWithoutItsId) {
