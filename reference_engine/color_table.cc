@@ -124,8 +124,12 @@ std::vector<InkNode> NodesOf(Family family, Bytes file) {
 bool ColorTable::Identify(const std::string& path, Identity* identity) {
   struct stat status;
   if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
-  *identity = {path,           uint64_t{status.st_dev}, uint64_t{status.st_ino},
-               status.st_size, status.st_mtim.tv_sec,   status.st_mtim.tv_nsec};
+  *identity = {path,
+               static_cast<uint64_t>(status.st_dev),
+               static_cast<uint64_t>(status.st_ino),
+               status.st_size,
+               status.st_mtim.tv_sec,
+               status.st_mtim.tv_nsec};
   return true;
 }
 

@@ -163,6 +163,15 @@ TEST_F(ColorTableTest, RefusesATableOfAnotherDescription) {
   EXPECT_FALSE(Takes(Sealed(bytes_)));
 }
 
+TEST_F(ColorTableTest, RefusesATableOfAnotherKind) {
+  // Where the header has the class, the colour space of the input and that of the output.
+  const std::pair<size_t, const char*> kKinds[] = {{12, "mntr"}, {16, "CMY "}, {20, "RGB "}};
+  for (const auto& [place, kind] : kKinds) {
+    std::string other = bytes_;
+    EXPECT_FALSE(Takes(Sealed(other.replace(place, 4, kind)))) << kind;
+  }
+}
+
 TEST_F(ColorTableTest, RefusesATableWithoutItsId) {
   // Where the header of an ICC profile carries it.
   bytes_.replace(84, 16, 16, '\0');

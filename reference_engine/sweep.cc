@@ -85,9 +85,8 @@ void Sweep::SendPass(uint32_t pass) {
   Payload start;
   start.U32(counts_.passes).U32(static_cast<uint32_t>(HeadLine(pass)));
   start.U8(reverse ? 1 : 0).U8(settings_.passes);
-  // Counted before they are sent, here and below: whatever the callback throws, they have gone.
-  ++counts_.passes;
   writer_->Send(Command::kPassStart, start);
+  ++counts_.passes;
   for (RowList& list : pending.lists) {
     SendList(list, reverse);
     list.rows.clear();
@@ -103,6 +102,7 @@ void Sweep::SendList(const RowList& list, bool reverse) {
     Payload fixed_part;
     fixed_part.U16(row.nozzle).U8(static_cast<uint8_t>(kPlaneNames[row.plane]));
     fixed_part.U16(static_cast<uint32_t>(told_column)).U16(row.cells);
+    // Counted before it is sent: whatever the callback throws, the row has gone.
     counts_.drops[row.plane] += row.drops;
     ++counts_.rows;
     writer_->SendRow(fixed_part,
