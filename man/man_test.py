@@ -94,7 +94,7 @@ def test_every_option_of_the_virtual_printer_is_documented():
     page = (HERE / "zr7700-printer.1").read_text(encoding="utf-8")
     usage = re.findall(r'^    "  --([\w-]+) ', source("virtual_printer/main.cc"), re.M)
     documented = re.findall(r"^\.It Fl Fl ([\w-]+)", page, re.M)
-    assert len(usage) == 11
+    assert len(usage) == 12
     assert documented == usage
     assert re.findall(r"^\.Op Fl Fl ([\w-]+)", page, re.M) == usage
 

@@ -37,6 +37,7 @@ constexpr char kUsage[] =
     "  --pace TIME         a disc takes at least this long, as in 2.5s (0)\n"
     "  --script FILE       obey a fault script\n"
     "  --control SOCKET    listen for orders there\n"
+    "  --help              say this\n"
     "\n"
     "Exit status: 0 when the stream was right and every file is written, 1 when not,\n"
     "2 when the options or the places that they name are wrong.\n";
