@@ -64,7 +64,7 @@ void LogFixPermissions(const char* path) {
   // The C library may need /proc for that.
   const int descriptor = open(path, O_WRONLY | kSafeOpen);
   if (descriptor < 0) return;
-  fchmod(descriptor, mode);
+  if (IsRegularFile(descriptor)) fchmod(descriptor, mode);
   close(descriptor);
 }
 

@@ -40,9 +40,11 @@ class PrintEngine {
   // Reads the ini file and takes the properties as they stand.
   int32_t StartPage();
   int32_t SendBand(uint32_t reserved, const Band& band);
-  // Gives a spoilt page up. If this very call throws, the page stays open, spoilt.
+  // Gives a spoilt page up. If this very call throws, the page stays open, spoilt, unless its
+  // page-end was already on its way: then it is closed.
   int32_t EndPage(uint32_t reserved);
-  // A page that is still open is given up: what its finished passes have sent stays sent.
+  // A page that is still open is given up: what its finished passes have sent stays sent. If this
+  // very call throws, the document stays open, unless only its last block was still on its way.
   int32_t EndDocument(uint32_t reserved);
   // Something was thrown out of a method above: a page that is open takes no more lines and can
   // only be given up, for what it has got may be half a line. Nothing happens without a page.

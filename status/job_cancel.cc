@@ -15,7 +15,9 @@
 namespace zr7700 {
 namespace {
 
-constexpr int kStallLimit_ms = 10'000;
+// As long as the job waits for an idle printer at its end: a printer that loads a disc takes
+// nothing for a while, and after some 30 seconds CUPS kills the job.
+constexpr int kStallLimit_ms = 20'000;
 
 // False when the descriptor has taken nothing for the limit.
 bool TakesOutput(int descriptor) {
@@ -29,11 +31,11 @@ bool TakesOutput(int descriptor) {
 
 // What is written to the descriptor from now on is lost, and its reader sees the end.
 void DiscardOutput(int descriptor) {
-  LogMessage(kLogDetail, "     Nothing taken for 10 s after the cancel: output discarded");
   const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
   if (nowhere < 0) return;
   dup2(nowhere, descriptor);
   close(nowhere);
+  LogMessage(kLogDetail, "     Nothing taken for 20 s after the cancel: output discarded");
 }
 
 }  // namespace

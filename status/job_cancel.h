@@ -16,7 +16,7 @@ bool JobCancelled();
 
 // Waits until `descriptor` takes output without blocking, or can take none any more. A cancel that
 // comes meanwhile has its effects at once; the waiting then goes on, but a reader that takes
-// nothing for 10 seconds is given up: what is written to `descriptor` after that is discarded. Main
+// nothing for 20 seconds is given up: what is written to `descriptor` after that is discarded. Main
 // thread.
 void WaitForOutput(int descriptor);
 

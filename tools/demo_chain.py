@@ -158,6 +158,10 @@ class Chain:
 
     def stop(self):
         """Ends what still runs, the filter first: it gives its shared memory back."""
+        with demo_stop.Held():
+            self._stop_all()
+
+    def _stop_all(self):
         last = self.processes.get("rastertoZR7700")
         if last is not None and last.poll() is None:
             self._wait_for_setup(last)

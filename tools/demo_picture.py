@@ -41,7 +41,10 @@ def _jpeg(_, file):
     """The size stands in the first start-of-frame segment."""
     file.seek(2)
     while True:
-        marker, length = struct.unpack(">HH", file.read(4))
+        marker = struct.unpack(">H", file.read(2))[0]
+        while marker == 0xFFFF:  # bytes that fill
+            marker = 0xFF00 | file.read(1)[0]
+        length = struct.unpack(">H", file.read(2))[0]
         if 0xFFC0 <= marker <= 0xFFCF and marker not in (0xFFC4, 0xFFC8, 0xFFCC):
             height, width = struct.unpack(">xHH", file.read(5))
             return width, height

@@ -283,6 +283,9 @@ def main():
         return 0
     except Refused as refusal:
         print(f"demo: {refusal}", file=sys.stderr)
+    except BrokenPipeError:
+        # Whoever read what we say has gone; Python would complain once more at its end.
+        os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
     except OSError as error:
         if error.errno == errno.ENOSPC:
             said = "There is no room on the disk for the picture; delete something and try again."

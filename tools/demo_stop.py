@@ -1,4 +1,5 @@
-"""How the demonstration is stopped: by Ctrl-C, SIGTERM, or the end of its terminal."""
+"""How the demonstration is stopped: by Ctrl-C, SIGTERM, or the end of its terminal (unless nohup
+has started it)."""
 
 import signal
 import sys
@@ -16,7 +17,8 @@ def _stop(number, _):
 def prepare():
     """From now on a stop is an orderly exit, with the signal's number and 128 as its status."""
     for number in _SIGNALS:
-        signal.signal(number, _stop)
+        if number != signal.SIGHUP or signal.getsignal(number) != signal.SIG_IGN:
+            signal.signal(number, _stop)
 
 
 class Held:

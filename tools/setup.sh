@@ -17,13 +17,17 @@ is_installed() {
 }
 
 # install_packages NAME...: services that come with them are not started now, which is what Debian's
-# policy-rc.d is for.
+# policy-rc.d is for. Ours goes with the shell, or with the next installation if that was killed.
 install_packages() {
   as_root sh -c '
     policy=/usr/sbin/policy-rc.d
-    if [ ! -e "$policy" ]; then
+    mark="# While packages are installed for rastertoZR7700."
+    if [ ! -e "$policy" ] || grep -qs "$mark" "$policy"; then
       trap "rm -f $policy" EXIT
-      printf "#!/bin/sh\nexit 101\n" >"$policy" && chmod 755 "$policy"
+      trap "exit 130" INT
+      trap "exit 143" TERM
+      trap "exit 129" HUP
+      printf "#!/bin/sh\n%s\nexit 101\n" "$mark" >"$policy" && chmod 755 "$policy"
     fi
     apt-get update &&
       DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "$@"

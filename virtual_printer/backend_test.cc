@@ -163,7 +163,7 @@ TEST_F(Backend, ACancelEndsThePrintingOfAFile) {
   WritePage("file");
   // More than the most copies count as the most.
   ChildProcess backend(Job({Path("file")}, "10000"), folder_, Uri("?pace=0.2s&discs=100000"));
-  for (int i = 0; i < 20; ++i) backend.ReadBack(144);
+  for (int i = 0; i < 400 && Files().size() < 4; ++i) backend.ReadBack(144);
   backend.Signal(SIGTERM);
   EXPECT_EQ(backend.Wait(), kOk);
   EXPECT_THAT(backend.Errors(), HasSubstr("INFO: Cancelled.\n"));

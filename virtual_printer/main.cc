@@ -20,7 +20,7 @@
 namespace zr7700::printer {
 namespace {
 
-constexpr int kExitFaults = 1;  // the stream violates its format, or a file could not be written
+constexpr int kExitFaults = 1;  // a violation, a file that could not be written, or switched off
 constexpr int kExitUsage = 2;
 
 constexpr char kUsage[] =
@@ -39,8 +39,8 @@ constexpr char kUsage[] =
     "  --control SOCKET    listen for orders there\n"
     "  --help              say this\n"
     "\n"
-    "Exit status: 0 when the stream was right and every file is written, 1 when not,\n"
-    "2 when the options or the places that they name are wrong.\n";
+    "Exit status: 0 when the stream was right and every file is written, 1 when not or when it is\n"
+    "switched off (SIGTERM) before, 2 when the options or the places that they name are wrong.\n";
 
 struct Options {
   Settings settings;
@@ -129,7 +129,7 @@ int Main(int argc, char** argv) {
     return kExitUsage;
   }
   session.Run();
-  return session.report().Clean() ? 0 : kExitFaults;
+  return session.report().Clean() && !session.report().given_up ? 0 : kExitFaults;
 }
 
 }  // namespace

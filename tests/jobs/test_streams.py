@@ -156,7 +156,7 @@ def test_a_cancel_takes_effect_while_the_backend_takes_nothing():
 
 
 def test_a_cancelled_job_does_not_wait_for_ever_for_a_backend_that_takes_nothing():
-    """The pipe is full, and its reader neither reads nor goes: after ten seconds the rest of the
+    """The pipe is full, and its reader neither reads nor goes: after twenty seconds the rest of the
     output is given up and the job ends in order."""
     read_end, write_end = os.pipe()
 
@@ -172,8 +172,8 @@ def test_a_cancelled_job_does_not_wait_for_ever_for_a_backend_that_takes_nothing
     taken = b"".join(iter(lambda: os.read(read_end, 65536), b""))
     os.close(read_end)
     assert result.status == 0 and not result.shared_memory_left
-    assert 10 <= result.seconds_after_cancel < 26
-    assert result.log.count("     Nothing taken for 10 s after the cancel: output discarded") == 1
+    assert 20 <= result.seconds_after_cancel < 36
+    assert result.log.count("     Nothing taken for 20 s after the cancel: output discarded") == 1
     assert result.log[-1] == "     Ready to print."
     # The print header, then zeros as far as the pipe went.
     assert 16 < len(taken) < 100000 and not any(taken[16:])
