@@ -241,9 +241,13 @@ class Scheduler:
         return [int(number) for number in
                 re.findall(rf"^{QUEUE}-(\d+) ", self._client("lpstat", "-W", which, "-o"), re.M)]
 
-    def lpstat(self):
-        """What lpstat says of the printer."""
-        said = self._client("lpstat", "-l", "-p", QUEUE)
+    def lpstat(self, wanted=""):
+        """What lpstat says of the printer, as soon as it says `wanted`: a message that is repeated
+        may be hidden for a moment by another program's."""
+        def ask():
+            said = self._client("lpstat", "-l", "-p", QUEUE)
+            return said if wanted in said else None
+        said = wait_for(f"lpstat's {wanted}", ask)
         kept = [line for line in said.splitlines() if re.match(r"printer |\t?[A-Z].*[.!] |.*Alerts|"
                                                                r"\t.*\.$", line)]
         self.tell(f"$ lpstat -l -p {QUEUE}\n" + "\n".join(kept))
