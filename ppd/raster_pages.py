@@ -23,12 +23,8 @@ for _name, _result, _arguments in (
     _function.restype, _function.argtypes = _result, _arguments
 
 
-def pdf(side_points, drawing):
-    """A PDF of one square page with the drawing (PDF operators)."""
-    objects = ["<</Type/Catalog/Pages 2 0 R>>", "<</Type/Pages/Kids[3 0 R]/Count 1>>",
-               f"<</Type/Page/Parent 2 0 R/MediaBox[0 0 {side_points} {side_points}]"
-               "/Resources<<>>/Contents 4 0 R>>",
-               f"<</Length {len(drawing)}>>stream\n{drawing}\nendstream"]
+def pdf_file(objects):
+    """A PDF of these objects, numbered from 1; the first is the catalogue."""
     text, places = "%PDF-1.4\n", []
     for number, body in enumerate(objects, 1):
         places.append(len(text))
@@ -38,6 +34,14 @@ def pdf(side_points, drawing):
     text += "".join(f"{place:010} 00000 n \n" for place in places)
     text += f"trailer<</Size {len(objects) + 1}/Root 1 0 R>>\nstartxref\n{start}\n%%EOF\n"
     return text.encode()
+
+
+def pdf(side_points, drawing):
+    """A PDF of one square page with the drawing (PDF operators)."""
+    return pdf_file(["<</Type/Catalog/Pages 2 0 R>>", "<</Type/Pages/Kids[3 0 R]/Count 1>>",
+                     f"<</Type/Page/Parent 2 0 R/MediaBox[0 0 {side_points} {side_points}]"
+                     "/Resources<<>>/Contents 4 0 R>>",
+                     f"<</Length {len(drawing)}>>stream\n{drawing}\nendstream"])
 
 
 def filtered(ppd_path, document, rasterizer, options, copies, folder):

@@ -2,9 +2,9 @@
 # root folder that sandboxes can be made from. Expects to be sourced from the repository's top.
 
 build_packages=(g++ cmake ninja-build pkg-config gettext
-  libcups2-dev libcupsimage2-dev libplist-dev)
-companion_packages=(liblcms2-dev libpng-dev cups-ppdc cups-filters ghostscript poppler-utils
-  python3)
+  libcups2-dev libcupsimage2-dev libplist-dev
+  libjpeg-dev libpng-dev libtiff-dev libexif-dev liblcms2-dev)
+companion_packages=(cups-ppdc cups-filters ghostscript poppler-utils python3)
 test_packages=(libgtest-dev libgmock-dev bubblewrap python3-pytest python3-numpy python3-pil
   gobjc++ libgnustep-base-dev cups cups-client cups-ipp-utils man-db mandoc)
 

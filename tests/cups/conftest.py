@@ -6,7 +6,7 @@ import sys
 import pytest
 
 HERE = os.path.dirname(os.path.abspath(__file__))
-for folder in (HERE, os.path.join(HERE, "../jobs")):
+for folder in (HERE, os.path.join(HERE, "../jobs"), os.path.join(HERE, "../../ppd")):
     sys.path.insert(0, folder)
 
 from scheduler import Scheduler  # noqa: E402

@@ -6,6 +6,8 @@ import subprocess
 
 from PIL import Image, ImageDraw
 
+from raster_pages import pdf_file
+
 QUARTERS = {"red": (220, 20, 20), "green": (20, 160, 20), "blue": (20, 20, 220),
             "black": (10, 10, 10)}
 FILTERS = "/usr/lib/cups/filter/"
@@ -57,15 +59,7 @@ def pdf(path, pages):
         objects.append(f"<</Length {len(content)}>>stream\n{content}\nendstream")
     head = ["<</Type/Catalog/Pages 2 0 R>>",
             f"<</Type/Pages/Kids[{' '.join(kids)}]/Count {len(kids)}>>"]
-    text, places = "%PDF-1.4\n", []
-    for number, body in enumerate(head + objects, 1):
-        places.append(len(text))
-        text += f"{number} 0 obj{body}endobj\n"
-    start = len(text)
-    text += f"xref\n0 {len(places) + 1}\n0000000000 65535 f \n"
-    text += "".join(f"{place:010} 00000 n \n" for place in places)
-    text += f"trailer<</Size {len(places) + 1}/Root 1 0 R>>\nstartxref\n{start}\n%%EOF\n"
-    path.write_bytes(text.encode())
+    path.write_bytes(pdf_file(head + objects))
 
 
 def _packed(rgb_line):
