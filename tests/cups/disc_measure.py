@@ -5,8 +5,7 @@ from PIL import Image
 
 from documents import QUARTERS
 
-# The filter's ring lies half a dot beside the page's middle, and its half-widths are cut to whole
-# dots.
+# The ring's half-widths are cut to whole dots.
 _TOLERANCE_DOTS = 2
 
 
@@ -21,8 +20,11 @@ class Disc:
         self.hole_dots = int(hole_mm / 2 / 25.4 * self.dpi)
 
     def _distances(self):
-        axis = np.arange(self.side) - (self.side - 1) / 2
-        return np.hypot(axis[None, :], axis[:, None])
+        # The filter counts the dots of a line from the right, and takes the one in the middle of the
+        # count for the disc's: half a dot, or one, beside the page's.
+        across = np.arange(self.side) - (self.side - self.side // 2)
+        down = np.arange(self.side) - (self.side - 1) / 2
+        return np.hypot(across[None, :], down[:, None])
 
     def dots_off_the_ring(self):
         distance = self._distances()
