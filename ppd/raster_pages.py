@@ -54,6 +54,16 @@ def filtered(ppd_path, document, rasterizer, options, copies, folder):
     return path
 
 
+def filtered_picture(ppd_path, picture, options, folder):
+    """The raster file that imagetoraster makes of a picture file."""
+    done = subprocess.run(["/usr/lib/cups/filter/imagetoraster", "1", "user", "title", "1", options,
+                           str(picture)], capture_output=True, check=True, timeout=120,
+                          env={**os.environ, "PPD": ppd_path, "TMPDIR": str(folder)})
+    path = folder / "picture.raster"
+    path.write_bytes(done.stdout)
+    return path
+
+
 def read_pages(path):
     """[(header fields, bytes of all lines)] of a raster file."""
     pages = []

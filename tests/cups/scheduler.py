@@ -265,9 +265,12 @@ class Scheduler:
         return {name: value.strip() for name, value in
                 re.findall(r"^ +([\w-]+) \([^)]*\) = (.*)$", answer, re.M)}
 
+    def attributes(self, *names):
+        """What the queue tells every client of itself."""
+        return self._ask("Get-Printer-Attributes", "printer-uri $uri", names)
+
     def printer(self):
-        return self._ask("Get-Printer-Attributes", "printer-uri $uri",
-                         ["printer-state", "printer-state-reasons", "printer-state-message"])
+        return self.attributes("printer-state", "printer-state-reasons", "printer-state-message")
 
     def job(self, number):
         return self._ask("Get-Job-Attributes", f"job-uri ipp://127.0.0.1/jobs/{number}",
