@@ -6,7 +6,7 @@ build_packages=(g++ cmake ninja-build pkg-config gettext
 companion_packages=(liblcms2-dev libpng-dev cups-ppdc cups-filters ghostscript poppler-utils
   python3)
 test_packages=(libgtest-dev libgmock-dev bubblewrap python3-pytest python3-numpy python3-pil
-  gobjc++ libgnustep-base-dev cups cups-client cups-ipp-utils man-db mandoc)
+  gobjc++ libgnustep-base-dev cups cups-client cups-ipp-utils man-db mandoc reuse shellcheck)
 
 as_root() {
   if [ "$(id -u)" = 0 ]; then "$@"; else sudo "$@"; fi
