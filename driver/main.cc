@@ -1,4 +1,6 @@
 // rastertoZR7700: the CUPS filter of the ZR7700 disc printer.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include "driver/job.h"
 
 // The version record that what(1) and like tools look for in the binary.

@@ -1,5 +1,7 @@
 """The manual pages: clean for both formatters, and true to what the filter's sources and the PPD's
 source say (needs mandoc and man-db)."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import os
 import pathlib

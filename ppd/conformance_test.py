@@ -1,4 +1,6 @@
 """The PPD as CUPS's own checker sees it."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import os
 import shutil

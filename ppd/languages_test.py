@@ -1,4 +1,6 @@
 """Every text of the PPD in every language, in the file and through libcups."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import json
 import os

@@ -1,4 +1,6 @@
 """The PPD's options as libcups offers them, against what the filter understands."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import itertools
 import re

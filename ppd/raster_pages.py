@@ -1,5 +1,7 @@
 """Labels as PDF files, the distribution's filters that turn them into raster, and the raster as
 libcups reads it."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import ctypes
 import ctypes.util

@@ -1,4 +1,6 @@
 """The raster that the distribution's filters make with this PPD: what the filter will read."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import pytest
 from PIL import Image

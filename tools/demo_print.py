@@ -3,6 +3,8 @@
 
 ./demo runs this once everything is built. Standard library only.
 """
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import demo_stop
 

@@ -1,5 +1,7 @@
 # Sourced by ./test and ./demo: the Debian packages that they need, installed when missing, and a
 # root folder that sandboxes can be made from. Expects to be sourced from the repository's top.
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 build_packages=(g++ cmake ninja-build pkg-config gettext
   libcups2-dev libcupsimage2-dev libplist-dev)

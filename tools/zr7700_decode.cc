@@ -1,4 +1,6 @@
 // zr7700-decode: prints a captured printer stream as text, a line an item, and what is wrong in it.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>

@@ -1,4 +1,6 @@
 // zr7700virtual: the virtual printer as a CUPS backend.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <cups/backend.h>
 #include <cups/cups.h>
 #include <cups/sidechannel.h>

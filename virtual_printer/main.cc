@@ -1,5 +1,7 @@
 // zr7700-printer: the virtual printer as a program between pipes. The printer stream comes on
 // standard input, status records leave by a descriptor that the caller names.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>

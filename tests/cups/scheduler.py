@@ -4,6 +4,8 @@ backend installed as on a machine, and the clients' view of its queue.
 cupsd runs as root and its filters and backends as lp, as everywhere. All folders that either writes
 to are private ones, mounted over the machine's.
 """
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import json
 import os

@@ -1,4 +1,6 @@
 """What the queue promises its clients: what the printer has, and nothing that would have no effect."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 _VARIABLE_SIZES = 0x8000  # the bit of printer-type
 

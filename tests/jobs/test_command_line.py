@@ -1,4 +1,6 @@
 """The command line, the PPD and the job options."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import gettext
 import os
