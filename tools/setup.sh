@@ -10,6 +10,11 @@ companion_packages=(liblcms2-dev libpng-dev cups-ppdc cups-filters ghostscript p
 test_packages=(libgtest-dev libgmock-dev bubblewrap python3-pytest python3-numpy python3-pil
   gobjc++ libgnustep-base-dev cups cups-client cups-ipp-utils man-db mandoc reuse shellcheck)
 
+# project_version: as CMakeLists.txt has it, where alone it stands.
+project_version() {
+  sed -n 's/^project(zr7700 VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt
+}
+
 as_root() {
   if [ "$(id -u)" = 0 ]; then "$@"; else sudo "$@"; fi
 }
