@@ -1,5 +1,5 @@
-"""How CUPS comes by the PPD of a new printer: its driver manager searches the installed .drv file for
-what the device says of itself, and compiles the PPD from it."""
+"""How CUPS comes by the PPD of a new printer: its driver manager searches the installed .drv file
+for what the device says of itself, and compiles the PPD from it."""
 # SPDX-FileCopyrightText: The rastertoZR7700 authors
 # SPDX-License-Identifier: Apache-2.0
 

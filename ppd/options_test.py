@@ -63,7 +63,8 @@ def test_every_option_and_choice_is_named_for_people(options):
 def test_defaults_are_marked_and_agree(ppd_path):
     expected = {"PageSize": "120x120mm.Fullbleed", "Resolution": "600dpi", "InnerDiameter": "220",
                 "OuterMargin": "10", "MediaType": "WhiteMatteBOPP", "PrintQuality": "Quality2",
-                "ColorModel": "RGB", "ColorMatching": "BestForPhotos", "Saturation": "100", "Bidi": "Yes",
+                "ColorModel": "RGB", "ColorMatching": "BestForPhotos", "Saturation": "100",
+                "Bidi": "Yes",
                 "SkipLowInkFWCheck": "No", "SuppressStartingUtilityOnError": "No"}
     with Ppd(ppd_path) as ppd:
         assert {option: ppd.marked(option) for option in expected} == expected

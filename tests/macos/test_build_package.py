@@ -22,8 +22,8 @@ ALLOWED = ("Library/Printers/", "Library/LaunchDaemons/",
            "Library/Application Support/Tessary/ZR7700/", "usr/libexec/cups/", "usr/local/",
            "private/etc/cups/")
 
-# Installs this machine's build, in the places that CMake was told of on the Mac. The open engine and
-# its tools belong to the companions, which a Mac does not build.
+# Installs this machine's build, in the places that CMake was told of on the Mac. The open engine
+# and its tools belong to the companions, which a Mac does not build.
 INSTALL = f"""
 if [ "$1" = --install ]; then
   "{CMAKE}" --install "{BUILD}" --prefix /usr/local >/dev/null || exit 1
@@ -103,8 +103,8 @@ def test_everything_is_where_a_mac_looks_for_it(build_machine):
 
 
 def test_data_types_go_beside_the_configuration_of_cups(build_machine):
-    more = ('mkdir -p "$DESTDIR/usr/share/cups/mime"; echo a >"$DESTDIR/usr/share/cups/mime/a.types"; '
-            'echo b >"$DESTDIR/usr/share/cups/mime/b.convs"')
+    more = ('mime="$DESTDIR/usr/share/cups/mime"; mkdir -p "$mime"; echo a >"$mime/a.types"; '
+            'echo b >"$mime/b.convs"')
     done = package(build_machine, MORE=more)
     assert done.returncode == 0, done.stderr
     assert (build_machine.kept / "private/etc/cups/a.types").read_text() == "a\n"
@@ -114,7 +114,9 @@ def test_data_types_go_beside_the_configuration_of_cups(build_machine):
 
 def test_package_and_product_have_the_version(build_machine, tmp_path):
     done = package(build_machine)
-    assert done.stdout.splitlines()[-1] == f"The package is {build_machine.out}/zr7700-{VERSION}.pkg"
+    made = f"{build_machine.out}/zr7700-{VERSION}.pkg"
+    assert done.stdout.splitlines()[-1] == f"The package is {made}"
+    assert build_machine.calls("productbuild")[0].endswith(f" [{made}]")
     built, = build_machine.calls("pkgbuild")
     assert f"[--scripts] [{TOP}/macos/scripts] [--identifier] [com.tessary.zr7700]" in built
     assert f"[--version] [{VERSION}] [--ownership] [recommended]" in built

@@ -1,5 +1,5 @@
-"""The scripts that run on the Mac itself: when the package is installed, at every start of the system,
-and when it is removed."""
+"""The scripts that run on the Mac itself: when the package is installed, at every start of the
+system, and when it is removed."""
 # SPDX-FileCopyrightText: The rastertoZR7700 authors
 # SPDX-License-Identifier: Apache-2.0
 
@@ -14,6 +14,7 @@ import pytest
 from conftest import TOP, USER
 
 SUPPORT = "Library/Application Support/Tessary/ZR7700"
+RESOURCES = "Library/Printers/Tessary/ZR7700.bundle/Contents/Resources"
 PLIST = "com.tessary.zr7700.folders.plist"
 FOLDERS = {"private/var/tmp/tessary": 0o1775, "Users/Shared/Tessary": 0o755,
            "Users/Shared/Tessary/ZR7700": 0o755, "Users/Shared/Tessary/ZR7700/Frameworks": 0o755}
@@ -145,7 +146,7 @@ def in_use(installed):
     assert postinstall(installed).returncode == 0
     names = [f"{SUPPORT}/make-folders", f"{SUPPORT}/uninstall", f"Library/LaunchDaemons/{PLIST}",
              "usr/libexec/cups/filter/rastertoZR7700",
-             "Library/Printers/Tessary/ZR7700.bundle/Contents/Resources/de.lproj/Localizable.strings"]
+             f"{RESOURCES}/de.lproj/Localizable.strings"]
     others = ["usr/libexec/cups/filter/rastertoother", "private/var/tmp/other",
               "Library/Printers/Tessary/Frameworks/tqgrhpec.framework/tqgrhpec",
               "Users/Shared/Tessary/ZR7700/Frameworks/tqgrcfg.ini"]
@@ -168,7 +169,7 @@ def test_uninstall_removes_ours_and_nothing_else(in_use):
     mac, others = in_use
     done = mac.run(mac.root / SUPPORT / "uninstall")
     assert (done.returncode, done.stderr) == (0, "")
-    assert done.stdout == ("The queue Discs can no longer print; remove it with: lpadmin -x Discs\n")
+    assert done.stdout == "The queue Discs can no longer print; remove it with: lpadmin -x Discs\n"
     queues = ["private/etc/cups/ppd/Discs.ppd", "private/etc/cups/ppd/Paper.ppd"]
     assert files_below(mac.root) == sorted([*others, *queues])
     for folder in ("private/var/tmp/tessary", "Library/Application Support/Tessary",

@@ -1,4 +1,4 @@
-"""Every program and script answers --help and --version on standard output, and does nothing else."""
+"""Every program and script answers --help and --version, and does nothing else then."""
 # SPDX-FileCopyrightText: The rastertoZR7700 authors
 # SPDX-License-Identifier: Apache-2.0
 
@@ -52,4 +52,5 @@ def test_an_answer_that_cannot_be_written_is_no_success(program, question):
 def test_other_words_do_not_start_the_tests(word):
     told = ask(TOP / "test", word)
     assert told.returncode == 1 and told.stdout == ""
-    assert told.stderr == f'test: There is no argument "{word}"; ./test --help tells what there is.\n'
+    assert told.stderr == (f'test: There is no argument "{word}"; '
+                           "./test --help tells what there is.\n")
