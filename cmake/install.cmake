@@ -1,5 +1,8 @@
 # Where filters, backends and MIME files are installed: where CUPS looks for them. The files of the fixed
 # paths go to those paths, everything else under the prefix.
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
+
 find_program(CUPS_CONFIG cups-config)
 
 # cups_folder(VARIABLE OPTION STANDARD HELP): a cache variable with what cups-config answers.

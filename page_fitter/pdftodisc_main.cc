@@ -2,9 +2,12 @@
 //
 // pdftopdf turns a page that is wider than tall when the paper is not, and a disc's page is as wide
 // as it is tall: every landscape page would lie on its side.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <cups/cups.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <string>
 
@@ -29,10 +32,12 @@ std::string LayoutFilter() {
   return std::string(folder == nullptr ? "/usr/lib/cups" : folder) + "/filter/pdftopdf";
 }
 
-int Run(char** argv, const FilterArguments& arguments) {
+int LayOutPdf(const FilterArguments& arguments) {
+  char** const argv = arguments.words;
   const std::string filter = LayoutFilter();
   std::string options = OptionsFor(arguments, argv[5]);
   argv[5] = options.data();
+  std::signal(SIGPIPE, SIG_DFL);  // an ignored signal would stay ignored in the other program
   execv(filter.c_str(), argv);
   TellError("The filter " + filter + " cannot be started; install the package cups-filters.");
   return 1;
@@ -42,12 +47,7 @@ int Run(char** argv, const FilterArguments& arguments) {
 }  // namespace zr7700
 
 int main(int argc, char** argv) {
-  zr7700::FilterArguments arguments;
-  int exit_status = 0;
-  if (!zr7700::TakeArguments(argc, argv,
-                             "A CUPS filter: lays the pages of a PDF out on the page of a disc.",
-                             arguments, exit_status)) {
-    return exit_status;
-  }
-  return zr7700::Run(argv, arguments);
+  return zr7700::RunFilter(argc, argv, "pdftodisc",
+                           "A CUPS filter: lays the pages of a PDF out on the page of a disc.",
+                           zr7700::LayOutPdf);
 }

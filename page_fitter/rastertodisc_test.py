@@ -1,4 +1,6 @@
 """rastertodisc as CUPS starts it: raster in, exactly the disc's page out, with the real PPD."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import os
 import random
@@ -261,12 +263,8 @@ def test_a_cancel_leaves_the_next_filter_time_to_hear_of_it():
         assert process.wait(5) == 0
 
 
-def test_wrong_arguments_help_and_version():
-    usage = f"Usage: rastertodisc job user title copies options [file]\n"
+def test_wrong_arguments_are_told():
     for words in ([], ["1", "2", "3", "4"], list("12345678")):
         done = subprocess.run([PROGRAM, *words], capture_output=True, text=True, check=False)
-        assert (done.returncode, done.stdout, done.stderr) == (1, "", usage)
-    done = subprocess.run([PROGRAM, "--help"], capture_output=True, text=True, check=False)
-    assert done.returncode == 0 and done.stdout.startswith(usage) and done.stderr == ""
-    done = subprocess.run([PROGRAM, "--version"], capture_output=True, text=True, check=False)
-    assert done.returncode == 0 and done.stdout.startswith("rastertodisc ")
+        assert (done.returncode, done.stdout) == (1, "")
+        assert done.stderr == "Usage: rastertodisc job user title copies options [file]\n"

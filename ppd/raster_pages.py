@@ -1,5 +1,7 @@
 """Labels as PDF files, the distribution's filters that turn them into raster, and the raster as
 libcups reads it."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import ctypes
 import ctypes.util
@@ -55,6 +57,16 @@ def filtered(ppd_path, document, rasterizer, options, copies, folder):
         data = done.stdout
     path = folder / "label.raster"
     path.write_bytes(data)
+    return path
+
+
+def filtered_picture(ppd_path, picture, options, folder):
+    """The raster file that imagetoraster makes of a picture file."""
+    done = subprocess.run(["/usr/lib/cups/filter/imagetoraster", "1", "user", "title", "1", options,
+                           str(picture)], capture_output=True, check=True, timeout=120,
+                          env={**os.environ, "PPD": ppd_path, "TMPDIR": str(folder)})
+    path = folder / "picture.raster"
+    path.write_bytes(done.stdout)
     return path
 
 

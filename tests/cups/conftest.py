@@ -1,4 +1,6 @@
 """Lets the tests import their own modules and the bench's, and gives them a running scheduler."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import os
 import sys

@@ -1,4 +1,6 @@
 """Where the dots of a printed disc lie, measured on its picture."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import numpy as np
 from PIL import Image

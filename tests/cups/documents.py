@@ -1,5 +1,7 @@
 """Documents as people send them, each with four coloured quarters that tell which way is up:
 red and green above, blue and black below."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import struct
 import subprocess

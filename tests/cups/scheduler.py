@@ -4,6 +4,8 @@ backend installed as on a machine, and the clients' view of its queue.
 cupsd runs as root and its filters and backends as lp, as everywhere. All folders that either writes
 to are private ones, mounted over the machine's.
 """
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import json
 import os
@@ -271,9 +273,12 @@ class Scheduler:
         return {name: value.strip() for name, value in
                 re.findall(r"^ +([\w-]+) \([^)]*\) = (.*)$", answer, re.M)}
 
+    def attributes(self, *names):
+        """What the queue tells every client of itself."""
+        return self._ask("Get-Printer-Attributes", "printer-uri $uri", names)
+
     def printer(self):
-        return self._ask("Get-Printer-Attributes", "printer-uri $uri",
-                         ["printer-state", "printer-state-reasons", "printer-state-message"])
+        return self.attributes("printer-state", "printer-state-reasons", "printer-state-message")
 
     def job(self, number):
         return self._ask("Get-Job-Attributes", f"job-uri ipp://127.0.0.1/jobs/{number}",

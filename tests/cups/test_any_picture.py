@@ -1,5 +1,7 @@
 """Any picture lands on the disc: what people send to a queue that has been added without any
 option, printed through a real scheduler, and where the dots of its disc lie."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import csv
 import os
