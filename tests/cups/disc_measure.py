@@ -10,6 +10,8 @@ from documents import QUARTERS
 # The ring's half-widths are cut to whole dots.
 _TOLERANCE_DOTS = 2
 
+_GAMMA = 2.2  # about that of sRGB
+
 
 class Disc:
     def __init__(self, disc, hole_mm=22.0, margin_mm=1.0):
@@ -43,8 +45,17 @@ class Disc:
         left, right, top, bottom = self.box()
         return (left + right + 1 - self.side) / 2, (top + bottom + 1 - self.side) / 2
 
-    def quarter(self, right, down):
-        """The name of the colour so many dots right of and below the disc's middle."""
+    def has_ink(self):
+        return bool(self._inked.any())
+
+    def color(self, right, down):
+        """What the eye makes of the drops in a patch so many dots right of and below the disc's
+        middle: their mean in linear light."""
         x, y = round(self.side / 2 + right), round(self.side / 2 + down)
-        patch = self.picture[y - 15:y + 15, x - 15:x + 15].reshape(-1, 3).mean(axis=0)
-        return min(QUARTERS, key=lambda name: np.abs(patch - QUARTERS[name]).sum())
+        patch = self.picture[y - 15:y + 15, x - 15:x + 15].reshape(-1, 3)
+        return 255 * ((patch / 255) ** _GAMMA).mean(axis=0) ** (1 / _GAMMA)
+
+    def quarter(self, right, down):
+        """The name of the document's colour there."""
+        seen = self.color(right, down)
+        return min(QUARTERS, key=lambda name: np.abs(seen - QUARTERS[name]).sum())

@@ -4,9 +4,11 @@ option, printed through a real scheduler, and where the dots of its disc lie."""
 # SPDX-License-Identifier: Apache-2.0
 
 import os
+import shutil
 from dataclasses import dataclass
 
 import pytest
+from PIL import Image
 
 import documents
 from disc_measure import Disc
@@ -15,6 +17,7 @@ from scheduler import BUILD, REPOSITORY
 A4 = (595.28, 841.89)
 A4_LYING = (841.89, 595.28)
 DISC_POINTS = 340.157
+TEST_PAGE = "/usr/share/cups/data/testprint"
 
 
 @dataclass
@@ -198,6 +201,65 @@ def check_size(disc, shown):
         expected = min(length / 25.4 * disc.dpi, 2 * disc.outer_dots)
         # The ring is up to 5 dots narrower than tall; edges of pages are cut to whole dots.
         assert abs(inked - expected) <= 6, (inked, expected)
+
+
+def print_and_measure(scheduler, document, *words):
+    """The discs of a job, none of which has dots off the ring, all counted by the scheduler."""
+    document.chmod(0o644)
+    document.parent.chmod(0o755)
+    scheduler.machine()
+    job = scheduler.print(*words, document)
+    state = scheduler.wait_for_state(job, "completed", 120)
+    report = scheduler.report(job)
+    assert report["violation_count"] == 0
+    discs = [Disc(found) for found in report["discs"]]
+    assert [disc.dots_off_the_ring() for disc in discs] == [0] * len(discs)
+    assert int(state["job-impressions-completed"]) == len(discs)
+    return discs
+
+
+def test_text(scheduler, tmp_path):
+    (tmp_path / "text.txt").write_text("A line of text that is long enough.\n" * 20)
+    disc, = print_and_measure(scheduler, tmp_path / "text.txt")
+    assert disc.has_ink()
+
+
+@pytest.mark.skipif(not os.path.exists(TEST_PAGE), reason="this scheduler has no test page")
+def test_the_schedulers_own_test_page(scheduler, tmp_path):
+    shutil.copyfile(TEST_PAGE, tmp_path / "testprint")
+    disc, = print_and_measure(scheduler, tmp_path / "testprint")
+    assert disc.has_ink()
+
+
+@pytest.mark.parametrize("pages_on_a_disc,discs", [(2, 2), (4, 1)])
+def test_several_pages_on_a_disc(scheduler, tmp_path, pages_on_a_disc, discs):
+    documents.pdf(tmp_path / "four.pdf", [A4] * 4)
+    assert len(print_and_measure(scheduler, tmp_path / "four.pdf", "-o",
+                                 f"number-up={pages_on_a_disc}")) == discs
+
+
+def test_four_pages_on_a_disc_keep_their_order(scheduler, tmp_path):
+    documents.pdf(tmp_path / "four.pdf", [(DISC_POINTS, DISC_POINTS)] * 4)
+    disc, = print_and_measure(scheduler, tmp_path / "four.pdf", "-o", "number-up=4")
+    # Of the page in the lower right quarter of the disc, the upper left is red, the rest follows.
+    quarter = disc.side / 4
+    assert [disc.quarter(quarter + x * 130, quarter + y * 130)
+            for y in (-1, 1) for x in (-1, 1)] == ["red", "green", "blue", "black"]
+
+
+def test_a_half_transparent_picture_lies_on_white(scheduler, tmp_path):
+    Image.new("RGBA", (1000, 1000), (255, 0, 0, 128)).save(tmp_path / "half.png")
+    disc, = print_and_measure(scheduler, tmp_path / "half.png")
+    red, green, blue = disc.color(0, 900)
+    # Half of red and half of white are (255, 127, 127).
+    assert red > 240 and 107 < green < 147 and 107 < blue < 147
+
+
+def test_a_cmyk_picture_has_its_colours(scheduler, tmp_path):
+    Image.new("CMYK", (1000, 1000), (255, 0, 0, 0)).save(tmp_path / "cyan.jpg", quality=95)
+    disc, = print_and_measure(scheduler, tmp_path / "cyan.jpg")
+    red, green, blue = disc.color(0, 900)
+    assert red < 90 and green > 120 and blue > 170
 
 
 @pytest.mark.skipif("ZR7700_LONG" not in os.environ, reason="only some of the jobs have been printed")
