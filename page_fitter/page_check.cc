@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "disc/raster_header.h"
 #include "page_fitter/pixel_form.h"
 
 namespace zr7700 {
@@ -27,7 +28,7 @@ bool HasSize(const cups_page_header2_t& header) {
 std::string CheckPage(const cups_page_header2_t& header) {
   if (PixelFormOf(header) == PixelForm::kUnknown) {
     return "The page's colours are of a kind that this printer does not take (colour space " +
-           std::to_string(header.cupsColorSpace) + ", " + std::to_string(header.cupsBitsPerPixel) +
+           std::to_string(ColorSpaceOf(header)) + ", " + std::to_string(header.cupsBitsPerPixel) +
            " bits a dot); send it as RGB or grey of 8 "
            "bits a colour.";
   }

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "page_fitter/page_fitter.h"
 
+#include "disc/raster_header.h"
 #include "disc/ring_mask.h"
 #include "disc/scaler.h"
 #include "page_fitter/page_check.h"
@@ -44,7 +45,7 @@ bool PageFitter::FitsAlready(const cups_page_header2_t& header, const Place& pla
   const Place all = {.width = disc.cupsWidth, .height = disc.cupsHeight};
   return place == all && header.cupsWidth == disc.cupsWidth &&
          header.cupsHeight == disc.cupsHeight && header.cupsBytesPerLine == disc.cupsBytesPerLine &&
-         header.cupsColorSpace == CUPS_CSPACE_RGB;
+         ColorSpaceOf(header) == CUPS_CSPACE_RGB;
 }
 
 }  // namespace zr7700

@@ -4,11 +4,13 @@
 
 #include <algorithm>
 
+#include "disc/raster_header.h"
+
 namespace zr7700 {
 namespace {
 
 struct FormRow {
-  cups_cspace_t color_space;
+  uint32_t color_space;
   unsigned bits_per_pixel;
   PixelForm form;
 };
@@ -25,11 +27,11 @@ void Widen(std::span<const uint8_t> line, uint8_t flip, std::span<uint8_t> rgb) 
 }  // namespace
 
 PixelForm PixelFormOf(const cups_page_header2_t& header) {
-  if (header.cupsBitsPerColor != 8 || header.cupsColorOrder != CUPS_ORDER_CHUNKED) {
+  if (header.cupsBitsPerColor != 8 || ColorOrderOf(header) != CUPS_ORDER_CHUNKED) {
     return PixelForm::kUnknown;
   }
   for (const FormRow& row : kForms) {
-    if (row.color_space == header.cupsColorSpace && row.bits_per_pixel == header.cupsBitsPerPixel) {
+    if (row.color_space == ColorSpaceOf(header) && row.bits_per_pixel == header.cupsBitsPerPixel) {
       return row.form;
     }
   }
