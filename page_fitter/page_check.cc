@@ -12,7 +12,7 @@ namespace {
 
 constexpr unsigned kMostAcross = 131072;
 constexpr unsigned kMostLineBytes = 4 * kMostAcross;
-constexpr uint64_t kMostDots = 1000000000;
+constexpr uint64_t kMostDots = 300000000;
 constexpr unsigned kFinest_dpi = 19200;
 constexpr unsigned kMostCopies = 9999;
 

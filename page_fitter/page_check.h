@@ -12,7 +12,7 @@ namespace zr7700 {
 
 // Empty for a page that can be printed, else a sentence for the person: what is wrong with it and
 // what to do. After an empty answer the header's sizes are safe to compute with: 1 to 131,072 dots
-// across, at most a thousand million in all, lines that hold their dots. Any thread.
+// across, at most 300 million in all, lines that hold their dots. Any thread.
 std::string CheckPage(const cups_page_header2_t& header);
 
 }  // namespace zr7700

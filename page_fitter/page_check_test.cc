@@ -47,10 +47,10 @@ TEST_F(CheckPageTest, NamesColoursThatItDoesNotTake) {
 }
 
 TEST_F(CheckPageTest, NamesSizesThatNoDiscNeeds) {
-  SetSize(131072, 7629);  // 999,948,288 dots
+  SetSize(131072, 2288);  // 299,892,736 dots
   EXPECT_THAT(CheckPage(header_), IsEmpty());
-  SetSize(131072, 7630);
-  EXPECT_THAT(CheckPage(header_), HasSubstr("131072 x 7630"));
+  SetSize(131072, 2289);
+  EXPECT_THAT(CheckPage(header_), HasSubstr("131072 x 2289"));
   for (const auto& [width, height] :
        {std::pair(131073U, 1U), {0U, 5U}, {5U, 0U}, {9U, 4000000000U}}) {
     SetSize(width, height);
