@@ -35,9 +35,9 @@ struct Dots {
 };
 
 struct Picture {
-  Dots dots;        // as they are stored
-  Density density;  // likewise
-  Turn turn;        // makes it upright
+  Dots dots = {};        // as they are stored
+  Density density = {};  // likewise
+  Turn turn = {};        // makes it upright
 };
 
 // Empty for a picture that can be read line by line, else a sentence for the person. After an empty
