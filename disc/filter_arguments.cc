@@ -55,7 +55,9 @@ bool TakeArguments(int argc, char** argv, const char* about, FilterArguments& ar
     exit_status = 1;
     return false;
   }
-  arguments.option_count = cupsParseOptions(argv[5], 0, &arguments.options);
+  static cups_option_t* options = nullptr;  // a leak checker at the end of the process finds them
+  arguments.option_count = cupsParseOptions(argv[5], 0, &options);
+  arguments.options = options;
   if (argc == 7) {
     arguments.file = argv[6];
     arguments.copies = CopiesOf(argv[4]);

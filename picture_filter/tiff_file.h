@@ -25,10 +25,10 @@ class TiffFile {
   const char* complaint() const { return IsDamaged() ? complaint_ : "no sense in it"; }
 
  private:
-  static int TakeError(TIFF* tiff, void* self, const char* module, const char* format,
-                       va_list list);
-  static int TakeWarning(TIFF* tiff, void* self, const char* module, const char* format,
-                         va_list list);
+  [[gnu::format(printf, 4, 0)]] static int TakeError(TIFF* tiff, void* self, const char* module,
+                                                     const char* format, va_list list);
+  [[gnu::format(printf, 4, 0)]] static int TakeWarning(TIFF* tiff, void* self, const char* module,
+                                                       const char* format, va_list list);
 
   char complaint_[200] = "";
   std::unique_ptr<TIFF, decltype(&TIFFClose)> tiff_;
