@@ -1,5 +1,7 @@
 // The disc's page as it is being put together: rows of red, green and blue, 8 bits each, white at
 // first.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_DISC_CANVAS_H_
 #define ZR7700_DISC_CANVAS_H_
 

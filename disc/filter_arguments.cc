@@ -1,3 +1,5 @@
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include "disc/filter_arguments.h"
 
 #include <fcntl.h>
@@ -11,8 +13,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
-#include <string_view>
 
+#include "about/questions.h"
 #include "disc/user_message.h"
 
 namespace zr7700 {
@@ -21,13 +23,24 @@ namespace {
 constexpr long kMostCopies = 9999;
 constexpr int kFarewell_ms = 1000;
 
-const char* BaseName(const char* path) {
-  const char* const slash = std::strrchr(path, '/');
-  return slash == nullptr ? path : slash + 1;
-}
+constexpr char kQuestions[] =
+    "\n\n"
+    "  --help     say this\n"
+    "  --version  say the version\n";
 
 int CopiesOf(const char* text) {
   return static_cast<int>(std::clamp(std::strtol(text, nullptr, 10), 1L, kMostCopies));
+}
+
+FilterArguments ArgumentsOf(int argc, char** argv) {
+  FilterArguments arguments;
+  arguments.words = argv;
+  arguments.option_count = cupsParseOptions(argv[5], 0, &arguments.options);
+  if (argc == 7) {
+    arguments.file = argv[6];
+    arguments.copies = CopiesOf(argv[4]);
+  }
+  return arguments;
 }
 
 void EndCancelled(int) {
@@ -38,31 +51,23 @@ void EndCancelled(int) {
 
 }  // namespace
 
-bool TakeArguments(int argc, char** argv, const char* about, FilterArguments& arguments,
-                   int& exit_status) {
-  const char* const name = BaseName(argc > 0 ? argv[0] : "filter");
-  exit_status = 0;
-  if (argc == 2 && std::string_view(argv[1]) == "--version") {
-    std::printf("%s %s\n", name, ZR7700_VERSION);
-    return false;
-  }
-  if (argc == 2 && std::string_view(argv[1]) == "--help") {
-    std::printf("Usage: %s job user title copies options [file]\n%s\n", name, about);
-    return false;
+int RunFilter(int argc, char** argv, const char* program, const char* about,
+              int (*job)(const FilterArguments& arguments)) {
+  const std::string usage =
+      std::string("Usage: ") + program + " job user title copies options [file]\n";
+  if (argc == 2 && IsQuestion(argv[1])) {
+    return AnswerQuestion(argv[1], program, (usage + "\n" + about + kQuestions).c_str());
   }
   if (argc != 6 && argc != 7) {
-    std::fprintf(stderr, "Usage: %s job user title copies options [file]\n", name);
-    exit_status = 1;
-    return false;
+    std::fputs(usage.c_str(), stderr);
+    return 1;
   }
-  static cups_option_t* options = nullptr;  // a leak checker at the end of the process finds them
-  arguments.option_count = cupsParseOptions(argv[5], 0, &options);
-  arguments.options = options;
-  if (argc == 7) {
-    arguments.file = argv[6];
-    arguments.copies = CopiesOf(argv[4]);
-  }
-  return true;
+  std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGTERM, EndCancelled);
+  const FilterArguments arguments = ArgumentsOf(argc, argv);
+  const int exit_status = job(arguments);
+  cupsFreeOptions(arguments.option_count, arguments.options);
+  return exit_status;
 }
 
 int OpenDocument(const FilterArguments& arguments) {
@@ -73,11 +78,6 @@ int OpenDocument(const FilterArguments& arguments) {
               "); print it again.");
   }
   return descriptor;
-}
-
-void PrepareFilterProcess() {
-  std::signal(SIGPIPE, SIG_IGN);
-  std::signal(SIGTERM, EndCancelled);
 }
 
 }  // namespace zr7700

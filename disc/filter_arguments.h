@@ -1,4 +1,6 @@
 // What CUPS starts a filter with.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_DISC_FILTER_ARGUMENTS_H_
 #define ZR7700_DISC_FILTER_ARGUMENTS_H_
 
@@ -8,8 +10,9 @@ namespace zr7700 {
 
 struct FilterArguments {
   int option_count = 0;
-  cups_option_t* options = nullptr;  // lives until the process ends
+  cups_option_t* options = nullptr;  // lives as long as the job
   const char* file = nullptr;        // null: the document comes on standard input
+  char** words = nullptr;            // argv itself
 
   // How often a filter writes the document: as often as the job has copies (1 to 9999) when it is
   // the first filter, which is the one that gets a file; once otherwise, since the copies are in
@@ -17,19 +20,17 @@ struct FilterArguments {
   int copies = 1;
 };
 
-// For main(): answers --help (`about`, one line) and --version on standard output, or says on
-// standard error how the program is used. Returns true when the process is to run a job, with
-// `arguments` filled; otherwise it ends with `exit_status`. Main thread.
-bool TakeArguments(int argc, char** argv, const char* about, FilterArguments& arguments,
-                   int& exit_status);
+// The main() of a filter: answers --help (with `about`, a sentence) and --version on standard
+// output, says on standard error how the program is used when the arguments are not those of a
+// filter, and runs the job otherwise. Returns the exit status. What all filters of a job have in
+// common: a reader that has gone is an error of the write and no signal; a cancel (SIGTERM) ends
+// the process, but not before the next filter has heard of it too, which would take the end of its
+// input for the end of the page. Main thread.
+int RunFilter(int argc, char** argv, const char* program, const char* about,
+              int (*job)(const FilterArguments& arguments));
 
 // The descriptor of the document, or -1 with a sentence told to the person. Main thread.
 int OpenDocument(const FilterArguments& arguments);
-
-// What every filter of a job has in common: a reader that has gone is an error of the write and no
-// signal; a cancel (SIGTERM) ends the process, but not before the next filter has heard of it too,
-// which would take the end of its input for the end of the page. Main thread, first of all.
-void PrepareFilterProcess();
 
 }  // namespace zr7700
 

@@ -1,4 +1,6 @@
 // Writes pages as a CUPS raster stream.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_DISC_PAGE_WRITER_H_
 #define ZR7700_DISC_PAGE_WRITER_H_
 

@@ -2,6 +2,8 @@
 //
 // Everything is in dots of the page. The filter's clip table and whoever whitens a page before the
 // filter draw the same ring because they draw it with these. All functions: any thread.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_DISC_RING_H_
 #define ZR7700_DISC_RING_H_
 

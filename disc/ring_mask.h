@@ -1,4 +1,6 @@
 // Whitens what lies off a disc: beyond its outer margin and in its hole.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_DISC_RING_MASK_H_
 #define ZR7700_DISC_RING_MASK_H_
 

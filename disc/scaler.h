@@ -2,6 +2,8 @@
 //
 // What becomes smaller is averaged by area, what becomes larger is interpolated with a cubic
 // (Catmull-Rom), what keeps its size is copied.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_DISC_SCALER_H_
 #define ZR7700_DISC_SCALER_H_
 

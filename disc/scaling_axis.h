@@ -1,4 +1,6 @@
 // One dimension of a scaling: from which source dots each target dot on the page comes.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_DISC_SCALING_AXIS_H_
 #define ZR7700_DISC_SCALING_AXIS_H_
 

@@ -1,4 +1,6 @@
 // The disc's page that a job asks for: its raster header, and the ring that may be printed on.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_DISC_TARGET_PAGE_H_
 #define ZR7700_DISC_TARGET_PAGE_H_
 

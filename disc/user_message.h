@@ -4,6 +4,8 @@
 // an end there: every message begins with a line end and is written in one call, so that whatever
 // stands before it cannot swallow it. Control characters in a sentence become "?", so that no text
 // from outside becomes a line of its own. Any thread.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_DISC_USER_MESSAGE_H_
 #define ZR7700_DISC_USER_MESSAGE_H_
 

@@ -2,6 +2,8 @@
 //
 // A header comes from outside and may hold any number there; reading it as an enumeration that does
 // not reach so far would be undefined.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_ENGINE_RASTER_HEADER_H_
 #define ZR7700_ENGINE_RASTER_HEADER_H_
 

@@ -1,4 +1,6 @@
 // A JPEG file of any bytes: read to its end, or refused with a sentence.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include "fuzz/picture_input.h"
 #include "picture_filter/jpeg_reader.h"
 

@@ -1,4 +1,6 @@
 // Reads all pictures of a fuzzer's input as the filter for pictures does.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_FUZZ_PICTURE_INPUT_H_
 #define ZR7700_FUZZ_PICTURE_INPUT_H_
 

@@ -1,5 +1,7 @@
 // A PNG file of any bytes: read to its end, or refused with a sentence. Every other input gets
 // right checksums first, so that what lies behind them is reached.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <zlib.h>
 
 #include "fuzz/picture_input.h"

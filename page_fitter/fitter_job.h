@@ -1,4 +1,6 @@
 // The page fitter's job: every page of the document onto the disc's page, one after another.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PAGE_FITTER_FITTER_JOB_H_
 #define ZR7700_PAGE_FITTER_FITTER_JOB_H_
 

@@ -1,4 +1,6 @@
 // Whether a raster page can be put onto a disc at all.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PAGE_FITTER_PAGE_CHECK_H_
 #define ZR7700_PAGE_FITTER_PAGE_CHECK_H_
 

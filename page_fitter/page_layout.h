@@ -2,6 +2,8 @@
 //
 // A raster often covers a part of its page only: filters for pictures leave the white around them
 // out and tell in the header where their dots lie (the imaging bounding box).
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PAGE_FITTER_PAGE_LAYOUT_H_
 #define ZR7700_PAGE_FITTER_PAGE_LAYOUT_H_
 

@@ -1,5 +1,7 @@
 // Reads the pages of a CUPS or PWG raster stream, and tells a stream that ends from one that breaks
 // off.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PAGE_FITTER_PAGE_READER_H_
 #define ZR7700_PAGE_FITTER_PAGE_READER_H_
 

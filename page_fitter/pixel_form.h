@@ -1,4 +1,6 @@
 // The forms of pixels that pages come in, and their way to red, green and blue.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PAGE_FITTER_PIXEL_FORM_H_
 #define ZR7700_PAGE_FITTER_PIXEL_FORM_H_
 

@@ -1,4 +1,6 @@
 // The document of a job as a file that can be read from the start again.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PICTURE_FILTER_DOCUMENT_H_
 #define ZR7700_PICTURE_FILTER_DOCUMENT_H_
 

@@ -4,6 +4,8 @@
 // sRGB has stay what they are, white stays the disc's white and black the deepest black. Without a
 // profile red, green and blue count as sRGB, grey as sRGB's greys, and the inks as filters of white
 // light: red = (1 - cyan) x (1 - black), and so on.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PICTURE_FILTER_DOTS_TO_RGB_H_
 #define ZR7700_PICTURE_FILTER_DOTS_TO_RGB_H_
 

@@ -1,4 +1,6 @@
 // What Exif data say of a picture that matters for printing it.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PICTURE_FILTER_EXIF_FACTS_H_
 #define ZR7700_PICTURE_FILTER_EXIF_FACTS_H_
 

@@ -1,4 +1,6 @@
 // Calls into a C library that leaves by longjmp when it fails.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PICTURE_FILTER_GUARDED_CALLS_H_
 #define ZR7700_PICTURE_FILTER_GUARDED_CALLS_H_
 

@@ -1,4 +1,6 @@
 // A picture as it is read from a file: what the file says of it, and its lines one after another.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PICTURE_FILTER_PICTURE_H_
 #define ZR7700_PICTURE_FILTER_PICTURE_H_
 

@@ -1,4 +1,6 @@
 // Tells by a file's first bytes what kind of picture it is.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PICTURE_FILTER_PICTURE_FILE_H_
 #define ZR7700_PICTURE_FILTER_PICTURE_FILE_H_
 

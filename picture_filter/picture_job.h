@@ -1,4 +1,6 @@
 // The picture filter's job: every picture of the document on a page of its own.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PICTURE_FILTER_PICTURE_JOB_H_
 #define ZR7700_PICTURE_FILTER_PICTURE_JOB_H_
 

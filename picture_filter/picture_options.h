@@ -1,4 +1,6 @@
 // What a job's options say of how a picture is laid on the page.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PICTURE_FILTER_PICTURE_OPTIONS_H_
 #define ZR7700_PICTURE_FILTER_PICTURE_OPTIONS_H_
 

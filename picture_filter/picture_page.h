@@ -1,4 +1,6 @@
 // Puts a picture onto the disc's page.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PICTURE_FILTER_PICTURE_PAGE_H_
 #define ZR7700_PICTURE_FILTER_PICTURE_PAGE_H_
 

@@ -1,4 +1,6 @@
 // Where a picture lies on the disc's page.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PICTURE_FILTER_PICTURE_PLACEMENT_H_
 #define ZR7700_PICTURE_FILTER_PICTURE_PLACEMENT_H_
 

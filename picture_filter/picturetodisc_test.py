@@ -1,6 +1,8 @@
 """picturetodisc itself, on pictures as Pillow writes them, its pages read back by libcups.
 
 The page is that of a disc of 120 mm at 600 dpi: 2834 x 2834 dots."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import io
 import os

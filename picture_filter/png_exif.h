@@ -1,4 +1,6 @@
 // Finds the Exif data of a PNG file.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PICTURE_FILTER_PNG_EXIF_H_
 #define ZR7700_PICTURE_FILTER_PNG_EXIF_H_
 

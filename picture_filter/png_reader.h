@@ -1,5 +1,7 @@
 // Reads a PNG file with libpng, interlaced ones as a whole. Colours follow the file's profile, or
 // its gamma when it says that and nothing else.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PICTURE_FILTER_PNG_READER_H_
 #define ZR7700_PICTURE_FILTER_PNG_READER_H_
 

@@ -1,4 +1,6 @@
 // Pictures for the tests of the readers: a file in memory, and all that a reader makes of it.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PICTURE_FILTER_TEST_PICTURES_H_
 #define ZR7700_PICTURE_FILTER_TEST_PICTURES_H_
 

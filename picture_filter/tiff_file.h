@@ -1,4 +1,6 @@
 // A TIFF file that libtiff has open.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PICTURE_FILTER_TIFF_FILE_H_
 #define ZR7700_PICTURE_FILTER_TIFF_FILE_H_
 

@@ -1,4 +1,6 @@
 // How the dots of a TIFF picture are stored.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PICTURE_FILTER_TIFF_FORM_H_
 #define ZR7700_PICTURE_FILTER_TIFF_FORM_H_
 

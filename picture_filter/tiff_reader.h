@@ -1,4 +1,6 @@
 // Reads the pictures of a TIFF file with libtiff, all but previews and masks.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PICTURE_FILTER_TIFF_READER_H_
 #define ZR7700_PICTURE_FILTER_TIFF_READER_H_
 

@@ -1,5 +1,7 @@
 // A TIFF picture as libtiff itself turns it into red, green and blue: for luminance and colour
 // differences, which come in as many ways as there are samplings.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PICTURE_FILTER_TIFF_RGBA_H_
 #define ZR7700_PICTURE_FILTER_TIFF_RGBA_H_
 

@@ -1,5 +1,7 @@
 // The samples of a TIFF picture line by line, whether they are stored in strips or in tiles, in one
 // plane or in several.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PICTURE_FILTER_TIFF_SAMPLES_H_
 #define ZR7700_PICTURE_FILTER_TIFF_SAMPLES_H_
 

@@ -1,4 +1,6 @@
 // How a picture is turned and mirrored on its way to the page.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PICTURE_FILTER_TURN_H_
 #define ZR7700_PICTURE_FILTER_TURN_H_
 
