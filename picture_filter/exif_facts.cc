@@ -18,7 +18,6 @@ using Exif = std::unique_ptr<ExifData, decltype(&exif_data_unref)>;
 constexpr std::array<uint8_t, 6> kPrefix = {'E', 'x', 'i', 'f', 0, 0};
 constexpr int kUnitInch = 2;
 constexpr int kUnitCentimetre = 3;
-constexpr double kCentimetresPerInch = 2.54;
 
 // The first entry of the main picture with this tag and format; null without one.
 const ExifEntry* Find(const ExifData* data, ExifTag tag, ExifFormat format) {

@@ -187,7 +187,7 @@ class JpegReader : public PictureReader {
     const ExifFacts exif = FindExif();
     picture_.turn = exif.turn;
     if (jpeg.saw_JFIF_marker && (jpeg.density_unit == 1 || jpeg.density_unit == 2)) {
-      const double per_inch = jpeg.density_unit == 2 ? 2.54 : 1;
+      const double per_inch = jpeg.density_unit == 2 ? kCentimetresPerInch : 1;
       picture_.density = DensityPerInch(jpeg.X_density * per_inch, jpeg.Y_density * per_inch);
     } else if (exif.density) {
       picture_.density = *exif.density;

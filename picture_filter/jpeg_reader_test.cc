@@ -21,6 +21,7 @@ struct JpegForm {
   J_COLOR_SPACE stored = JCS_YCbCr;
   bool has_adobe_marker = false;
   bool is_progressive = false;
+  std::vector<jpeg_scan_info> scans = {};
   uint8_t density_unit = 0;
   uint16_t density_across = 1;
   uint16_t density_down = 1;
@@ -48,6 +49,10 @@ Bytes JpegFile(const JpegForm& form, const Bytes& dot) {
   jpeg.X_density = form.density_across;
   jpeg.Y_density = form.density_down;
   if (form.is_progressive) jpeg_simple_progression(&jpeg);
+  if (!form.scans.empty()) {
+    jpeg.scan_info = form.scans.data();
+    jpeg.num_scans = static_cast<int>(form.scans.size());
+  }
   jpeg_start_compress(&jpeg, TRUE);
   if (!form.exif.empty()) {
     jpeg_write_marker(&jpeg, JPEG_APP0 + 1, form.exif.data(),
@@ -147,6 +152,18 @@ TEST(JpegReaderTest, CutFilesAreRefused) {
       EXPECT_NE(cut.error, "") << bytes;
     }
   }
+}
+
+// A scan for each of a grey block's 64 numbers, and another for the last bit of each.
+TEST(JpegReaderTest, ScansWithoutEndAreRefused) {
+  JpegForm form = {.dots = JCS_GRAYSCALE, .stored = JCS_GRAYSCALE};
+  for (const int done : {0, 1}) {
+    for (int i = 0; i < 64; ++i) form.scans.push_back({1, {0}, i, i, done, 1 - done});
+  }
+  const std::string error = Decode(JpegFile(form, {100})).error;
+  EXPECT_NE(error.find("too many scans"), std::string::npos) << error;
+  form.scans.resize(90);
+  ExpectNear(DecodeOne(JpegFile(form, {100})).At(5, 5), {100, 100, 100});
 }
 
 // Bytes that a camera leaves before the end mark are no damage.

@@ -16,6 +16,8 @@ namespace zr7700 {
 // for pictures takes the same.
 constexpr double kUsualDensity_dpi = 200;
 
+constexpr double kCentimetresPerInch = 2.54;
+
 // Dots an inch, each such that IsDensity() holds.
 struct Density {
   double across = kUsualDensity_dpi;

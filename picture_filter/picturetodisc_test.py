@@ -243,6 +243,11 @@ def test_transparent_palette(tmp_path):
     assert near(page.reshape(-1, 3), (255, 127, 127), 0)
 
 
+def test_jpeg_within_tiff(tmp_path):
+    document = saved(quarters(1000, 1000), "TIFF", compression="jpeg")
+    assert near(corners(Printed(tmp_path, document).page), QUARTERS)
+
+
 def swapped_profile():
     """sRGB, but the first number is green's and the second red's: two tags change names."""
     profile = ImageCms.ImageCmsProfile(ImageCms.createProfile("sRGB")).tobytes()
@@ -257,6 +262,15 @@ def test_profile_is_followed(tmp_path, kind):
     printed = Printed(tmp_path, saved(quarters(1000, 1000), kind, icc_profile=swapped_profile()))
     assert near(corners(printed.page), [GREEN, RED, BLUE, BLACK], 4)
     assert printed.warnings in ([], [line for line in printed.warnings if "dots an inch" in line])
+
+
+@pytest.mark.parametrize("kind", FORMATS)
+def test_profile_of_srgb_changes_nothing(tmp_path, kind):
+    profile = ImageCms.ImageCmsProfile(ImageCms.createProfile("sRGB")).tobytes()
+    shades = Image.fromarray(numpy.repeat(numpy.arange(256, dtype=numpy.uint8), 3 * 256)
+                             .reshape(256, 256, 3))
+    plain = Printed(tmp_path, saved(shades, kind)).page
+    assert near(Printed(tmp_path, saved(shades, kind, icc_profile=profile)).page, plain, 1)
 
 
 @pytest.mark.parametrize("kind", ["JPEG", "TIFF"])
@@ -381,6 +395,20 @@ def test_large_pictures_need_little_memory(tmp_path, kind, settings):
     page = Printed(tmp_path, document, preexec_fn=lambda: resource.setrlimit(
         resource.RLIMIT_DATA, (48_000_000, 48_000_000))).page
     assert near(corners(page), QUARTERS)
+
+
+def test_next_filter_that_has_gone_is_told(tmp_path):
+    document = tmp_path / "document"
+    document.write_bytes(saved(quarters(800, 800), "PNG"))
+    reading, writing = os.pipe()
+    os.close(reading)
+    done = subprocess.run([FILTER, "1", "user", "title", "1", "", str(document)], stdout=writing,
+                          stderr=subprocess.PIPE, text=True, check=False,
+                          env={**os.environ, "PPD": os.environ["ZR7700_PPD"]})
+    os.close(writing)
+    assert done.returncode == 1
+    assert done.stderr.count("ERROR: ") == 1
+    assert "has stopped taking the page" in done.stderr
 
 
 def test_help_and_version():

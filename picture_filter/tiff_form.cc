@@ -75,6 +75,11 @@ bool IsOtherInk(TIFF* tiff, const TiffForm& form) {
   return form.photometric == PHOTOMETRIC_SEPARATED && Tag(tiff, TIFFTAG_INKSET) != INKSET_CMYK;
 }
 
+std::string UnknownCompression(uint16_t compression) {
+  return "The picture is a TIFF with a compression that cannot be read (number " +
+         std::to_string(compression) + "); save it with LZW or without any.";
+}
+
 std::string UnknownForm(const TiffForm& form) {
   return "The picture is a TIFF of a kind that cannot be printed (colours " +
          std::to_string(form.photometric) + ", " + std::to_string(form.samples) + " samples of " +
@@ -103,6 +108,10 @@ std::optional<TiffForm> ReadTiffForm(TIFF* tiff, std::string& error) {
     return std::nullopt;
   }
   form.dot.is_16_bit = form.bits == 16;
+  if (TIFFIsCODECConfigured(Tag(tiff, TIFFTAG_COMPRESSION)) == 0) {
+    error = UnknownCompression(Tag(tiff, TIFFTAG_COMPRESSION));
+    return std::nullopt;
+  }
   TakeAlpha(tiff, *row, form);
   TakeYcbcr(tiff, form);
   return form;

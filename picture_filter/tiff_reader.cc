@@ -14,8 +14,6 @@
 namespace zr7700 {
 namespace {
 
-constexpr double kCentimetresPerInch = 2.54;
-
 Density ReadDensity(TIFF* tiff) {
   float across = 0;
   float down = 0;

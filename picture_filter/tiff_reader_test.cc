@@ -6,6 +6,7 @@
 #include <tiffio.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
 #include <fstream>
 #include <functional>
@@ -283,6 +284,18 @@ TEST(TiffReaderTest, UnknownKindsAreRefused) {
                           }};
   const std::string error = Decode(TiffFileWith({reals})).error;
   EXPECT_NE(error.find("3 samples of 32 bits"), std::string::npos) << error;
+}
+
+// The entry of the compression: its tag, type 3, one value, and that value.
+TEST(TiffReaderTest, UnknownCompressionsAreRefused) {
+  Bytes file = TiffFileWith({{.bytes = Bytes(6)}});
+  const Bytes entry = {3, 1, 3, 0, 1, 0, 0, 0, 1, 0};
+  const auto found = std::search(file.begin(), file.end(), entry.begin(), entry.end());
+  ASSERT_NE(found, file.end());
+  found[8] = 34712 & 0xFF;  // JPEG 2000
+  found[9] = 34712 >> 8;
+  const std::string error = Decode(file).error;
+  EXPECT_NE(error.find("34712"), std::string::npos) << error;
 }
 
 TEST(TiffReaderTest, HugePicturesAreRefusedByTheirHeader) {
