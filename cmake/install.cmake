@@ -7,3 +7,16 @@ if(CUPS_CONFIG)
     OUTPUT_STRIP_TRAILING_WHITESPACE)
 endif()
 set(ZR7700_CUPS_SERVERBIN ${serverbin} CACHE PATH "Where CUPS keeps its filters and backends")
+
+# What lies at the fixed paths (driver/paths.h). A package installs it where a distribution keeps such
+# files, and the fixed paths become links to there; everybody else installs to the paths themselves.
+set(zr7700_resources ${ZR7700_ROOT}/Library/Printers/Tessary/ZR7700.bundle/Contents/Resources)
+if(ZR7700_DISTRIBUTION)
+  set(zr7700_engine_destination lib/zr7700/engine)
+  set(zr7700_tables_destination share/zr7700/engine)
+  set(zr7700_catalogues_destination share/locale)
+else()
+  set(zr7700_engine_destination /Library/Printers/Tessary/Frameworks)
+  set(zr7700_tables_destination /Users/Shared/Tessary/ZR7700/Frameworks)
+  set(zr7700_catalogues_destination ${zr7700_resources}/locale)
+endif()
