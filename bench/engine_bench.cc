@@ -3,6 +3,8 @@
 // ROOT is the folder that holds Library/ and Users/. Prints the processor time of one page,
 // document start and end included, for each family and number of passes, and the bytes that came
 // out.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <dlfcn.h>
 
 #include <algorithm>

@@ -10,6 +10,8 @@ time of RUNS runs (default 5); its waiting for a printer costs none. This filter
 defaults of its PPD but for the quality, the others with all of theirs. Needs bubblewrap, numpy and
 the packages printer-driver-gutenprint and printer-driver-hpcups.
 """
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import os
 import pathlib

@@ -1,12 +1,22 @@
-# Where filters and backends are installed: where CUPS looks for them. The files of the fixed paths go
-# to those paths, everything else under the prefix.
+# Where filters, backends and MIME files are installed: where CUPS looks for them. The files of the fixed
+# paths go to those paths, everything else under the prefix.
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
+
 find_program(CUPS_CONFIG cups-config)
-set(serverbin /usr/lib/cups)
-if(CUPS_CONFIG)
-  execute_process(COMMAND ${CUPS_CONFIG} --serverbin OUTPUT_VARIABLE serverbin
-    OUTPUT_STRIP_TRAILING_WHITESPACE)
-endif()
-set(ZR7700_CUPS_SERVERBIN ${serverbin} CACHE PATH "Where CUPS keeps its filters and backends")
+
+# cups_folder(VARIABLE OPTION STANDARD HELP): a cache variable with what cups-config answers.
+function(cups_folder variable option standard help)
+  set(folder ${standard})
+  if(CUPS_CONFIG)
+    execute_process(COMMAND ${CUPS_CONFIG} ${option} OUTPUT_VARIABLE folder
+      OUTPUT_STRIP_TRAILING_WHITESPACE)
+  endif()
+  set(${variable} ${folder} CACHE PATH ${help})
+endfunction()
+
+cups_folder(ZR7700_CUPS_SERVERBIN --serverbin /usr/lib/cups "Where CUPS keeps its filters and backends")
+cups_folder(ZR7700_CUPS_DATADIR --datadir /usr/share/cups "Where CUPS keeps its data")
 
 # What lies at the fixed paths (driver/paths.h). A package installs it where a distribution keeps such
 # files, and the fixed paths become links to there; everybody else installs to the paths themselves.

@@ -1,5 +1,8 @@
 # The rights of the folders that the filter writes to; included after everything that installs files
 # into them.
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
+
 if(NOT ZR7700_ROOT AND NOT ZR7700_DISTRIBUTION)
   # The log's folder is everybody's, as filters and their tests run as different users. The engine's
   # ini files are rewritten by the filter, which CUPS runs in the group lp.

@@ -1,4 +1,7 @@
 # What every target of ours is compiled with: an interface library, zr7700_options.
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
+
 add_library(zr7700_options INTERFACE)
 target_include_directories(zr7700_options INTERFACE ${CMAKE_CURRENT_LIST_DIR}/..)
 target_compile_options(zr7700_options INTERFACE

@@ -2,6 +2,9 @@
 # It is made by a program without tests, since a library is compiled with other flags. Tests are
 # compiled with little optimisation, whatever the sources under test are, and without two warnings
 # that GCC 12 gives for string expressions that it has optimised.
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
+
 set(unit_test_options -Wno-array-bounds $<$<CXX_COMPILER_ID:GNU>:-Wno-stringop-overflow>
   $<$<CONFIG:Release,RelWithDebInfo>:-O1>)
 file(WRITE ${CMAKE_BINARY_DIR}/unit_test_headers.cc "")

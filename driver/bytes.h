@@ -1,4 +1,6 @@
 // Bytes as numbers, at addresses of any alignment. Plain functions: any thread.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_DRIVER_BYTES_H_
 #define ZR7700_DRIVER_BYTES_H_
 

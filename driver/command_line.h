@@ -1,4 +1,6 @@
 // The filter's command line and its PPD.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_DRIVER_COMMAND_LINE_H_
 #define ZR7700_DRIVER_COMMAND_LINE_H_
 

@@ -1,4 +1,6 @@
 // Built with a shared-memory name of its own and catalogues below the current folder.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include "driver/command_line.h"
 
 #include <gtest/gtest.h>

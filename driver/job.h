@@ -1,4 +1,6 @@
 // The whole job, from the diagnostic log's first line to the exit status.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_DRIVER_JOB_H_
 #define ZR7700_DRIVER_JOB_H_
 

@@ -1,4 +1,6 @@
 // The two line buffers of a page.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_DRIVER_LINE_BUFFERS_H_
 #define ZR7700_DRIVER_LINE_BUFFERS_H_
 

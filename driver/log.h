@@ -2,6 +2,8 @@
 //
 // A line is the date, a blank, the message, "\r\n". Nothing stays open between calls, so that an
 // administrator can move or empty the file at any time.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_DRIVER_LOG_H_
 #define ZR7700_DRIVER_LOG_H_
 

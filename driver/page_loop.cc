@@ -1,3 +1,5 @@
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include "driver/page_loop.h"
 
 #include <unistd.h>
@@ -5,13 +7,13 @@
 #include <cerrno>
 #include <cstdio>
 
+#include "disc/raster_header.h"
 #include "driver/line_buffers.h"
 #include "driver/log.h"
 #include "engine/band.h"
 #include "engine/document.h"
 #include "engine/job_variables.h"
 #include "engine/page.h"
-#include "engine/raster_header.h"
 #include "status/job_cancel.h"
 #include "status/job_check.h"
 #include "status/status_thread.h"

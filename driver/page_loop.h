@@ -1,4 +1,6 @@
 // The job's pages, one after another.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_DRIVER_PAGE_LOOP_H_
 #define ZR7700_DRIVER_PAGE_LOOP_H_
 

@@ -1,5 +1,7 @@
 // The loop between a real raster stream and a trace of what it does to the engine, the printer's
 // check and the status thread. (A page of height 0 cannot be had: CUPS itself refuses its header.)
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include "driver/page_loop.h"
 
 #include <gmock/gmock.h>

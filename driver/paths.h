@@ -2,6 +2,8 @@
 //
 // ZR7700_ROOT, empty in a production build, is put in front of all of them so that tests and the
 // demonstration leave the machine alone.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_DRIVER_PATHS_H_
 #define ZR7700_DRIVER_PATHS_H_
 

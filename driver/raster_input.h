@@ -1,4 +1,6 @@
 // The job's raster stream, readable until a cancel ends it.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_DRIVER_RASTER_INPUT_H_
 #define ZR7700_DRIVER_RASTER_INPUT_H_
 

@@ -1,4 +1,6 @@
 // The settings file: eleven tuning values that an administrator may override.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_DRIVER_SETTINGS_H_
 #define ZR7700_DRIVER_SETTINGS_H_
 

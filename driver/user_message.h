@@ -1,4 +1,6 @@
 // The one kind of message that goes to the user in their own language.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_DRIVER_USER_MESSAGE_H_
 #define ZR7700_DRIVER_USER_MESSAGE_H_
 

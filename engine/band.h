@@ -1,4 +1,6 @@
 // Sends one raster line to the engine.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_ENGINE_BAND_H_
 #define ZR7700_ENGINE_BAND_H_
 

@@ -1,4 +1,6 @@
 // The host's byte order.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_ENGINE_BYTE_ORDER_H_
 #define ZR7700_ENGINE_BYTE_ORDER_H_
 

@@ -5,6 +5,8 @@
 // of 0 means no outer limit, an inner value of 0 no hole. All lengths are dots. The job variables
 // own the table of the newest page until ClipDataBufsDelete; tables of earlier pages stay allocated
 // until the process ends. All functions: main thread.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_ENGINE_CLIP_BUFFERS_H_
 #define ZR7700_ENGINE_CLIP_BUFFERS_H_
 

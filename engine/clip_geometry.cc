@@ -1,16 +1,14 @@
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include "engine/clip_geometry.h"
 
 #include <algorithm>
-#include <cmath>
 
+#include "disc/ring.h"
 #include "driver/log.h"
 
 namespace zr7700 {
 namespace {
-
-// The disc is drawn about 0.17 % narrower than it is tall: its horizontal radius is the vertical
-// one times the square root of 1 minus this.
-constexpr double kNarrowing = 0.00343396;
 
 // Twice the radius of a business card's rounded corners, in dots.
 constexpr int kCornerDiameter = 142;
@@ -29,13 +27,9 @@ Ring RingOf(const JobVariables& variables) {
   ring.width = static_cast<uint16_t>(variables.rightOutputImage - variables.leftOutputImage);
   ring.height = static_cast<uint16_t>(variables.bottomOutputImage - variables.topOutputImage);
   ring.outer_diameter = std::max(ring.width, ring.height);
-  ring.inner_radius = (variables.InnerDiam & 0xFFFFU) * 300U / 254U;
+  ring.inner_radius = HoleRadiusDots(variables.InnerDiam);
   ring.inner_diameter = static_cast<uint16_t>(2 * ring.inner_radius);
   return ring;
-}
-
-uint16_t TruncatedRoot(double square) {
-  return square > 0 ? static_cast<uint16_t>(static_cast<uint32_t>(std::sqrt(square))) : uint16_t{0};
 }
 
 // Writes one half of the entries at consecutive lines. The line counts in 16 bits and wraps; lines
@@ -74,12 +68,8 @@ void WriteBusinessCard(const JobVariables& variables, const Ring& ring, HalfWidt
 }
 
 void WriteRoundDisc(const JobVariables& variables, const Ring& ring, HalfWidthWriter& outer) {
-  const uint32_t diameter = ring.outer_diameter;
-  const double d = (diameter * diameter) >> 2;
-  const double h = diameter / 2;
-  for (int a = static_cast<int>(diameter) - 1; a > 0; a -= 2) {
-    const double t = a / 2;
-    uint16_t half_width = TruncatedRoot((d - (kNarrowing * h) * h) * (1.0 - t * t / d));
+  for (int a = ring.outer_diameter - 1; a > 0; a -= 2) {
+    uint16_t half_width = OutlineHalfWidth(ring.outer_diameter, a / 2);
     if (variables.discForm == kCappedForm) {
       half_width = std::min(half_width, static_cast<uint16_t>(ring.width / 2));
     }
@@ -104,8 +94,7 @@ void WriteInner(const JobVariables& variables, const Ring& ring, std::span<ClipE
   HalfWidthWriter inner(table, &ClipEntry::inner, first_line);
   const uint32_t diameter = ring.inner_diameter;
   for (uint32_t a = diameter; a > 0; a -= 2) {
-    const uint16_t root = TruncatedRoot(diameter * diameter - a * a);
-    inner.Write(static_cast<uint16_t>(root >> 1));
+    inner.Write(HoleHalfWidth(diameter, a));
   }
 }
 

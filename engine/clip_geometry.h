@@ -1,4 +1,6 @@
 // The geometry of the printable ring.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_ENGINE_CLIP_GEOMETRY_H_
 #define ZR7700_ENGINE_CLIP_GEOMETRY_H_
 

@@ -1,4 +1,6 @@
 // What the clip table means for one line of a given width.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_ENGINE_CLIP_RANGE_H_
 #define ZR7700_ENGINE_CLIP_RANGE_H_
 

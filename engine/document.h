@@ -1,4 +1,6 @@
 // The engine's documents: one is opened at job start, and every page ends one and opens the next.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_ENGINE_DOCUMENT_H_
 #define ZR7700_ENGINE_DOCUMENT_H_
 

@@ -1,4 +1,6 @@
 // The engine's own codes for print quality and media.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_ENGINE_ENGINE_CODES_H_
 #define ZR7700_ENGINE_ENGINE_CODES_H_
 

@@ -4,6 +4,8 @@
 // HPE_ENTRY_MISSING (2), or the null handle for CreateHostPrintEngine; otherwise it passes its
 // arguments and the entry's result on unchanged. host_print_engine.h says what each entry does.
 // Main thread.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_ENGINE_ENGINE_ENTRIES_H_
 #define ZR7700_ENGINE_ENGINE_ENTRIES_H_
 

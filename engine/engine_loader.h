@@ -1,4 +1,6 @@
 // Loads the engine family that the ink cartridge calls for.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_ENGINE_ENGINE_LOADER_H_
 #define ZR7700_ENGINE_ENGINE_LOADER_H_
 

@@ -2,6 +2,8 @@
 // Built with "." as the root of the fixed paths, so that a case chooses the root by its working
 // directory; each case runs in a process of its own, since nothing that was loaded is ever
 // unloaded.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 #include <unistd.h>
 

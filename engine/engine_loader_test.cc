@@ -1,5 +1,7 @@
 // The loader against a dynamic linker of the test's own: the build has the linker send its calls of
 // dlopen and dlsym to the two functions below.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include "engine/engine_loader.h"
 
 #include <dlfcn.h>

@@ -1,4 +1,6 @@
 // The one way to the printer: every byte of the print header and of the engine goes through here.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_ENGINE_ENGINE_OUTPUT_H_
 #define ZR7700_ENGINE_ENGINE_OUTPUT_H_
 

@@ -1,4 +1,6 @@
 // Pushes the job's state into the engine before a page is opened.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_ENGINE_ENGINE_PROPERTIES_H_
 #define ZR7700_ENGINE_ENGINE_PROPERTIES_H_
 

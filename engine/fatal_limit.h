@@ -1,4 +1,6 @@
 // The orderly end of the process where a fixed buffer of the engine's side would overflow.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_ENGINE_FATAL_LIMIT_H_
 #define ZR7700_ENGINE_FATAL_LIMIT_H_
 

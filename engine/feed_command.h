@@ -1,4 +1,6 @@
 // The feed commands in the engine's output, and their adjustment.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_ENGINE_FEED_COMMAND_H_
 #define ZR7700_ENGINE_FEED_COMMAND_H_
 

@@ -33,7 +33,9 @@
  * except the callback and its context, which the engine keeps until HPEEndDoc. The bytes that the
  * engine hands to the callback belong to the engine; the callback may change them in place and
  * keeps no pointer to them.
- */
+ *
+ * SPDX-FileCopyrightText: The rastertoZR7700 authors
+ * SPDX-License-Identifier: Apache-2.0 */
 #ifndef ZR7700_ENGINE_HOST_PRINT_ENGINE_H_
 #define ZR7700_ENGINE_HOST_PRINT_ENGINE_H_
 

@@ -7,6 +7,8 @@
 // 8,000 bytes, a key line that would reach 500, or a section header that reaches 100 ends the
 // process with status 1, a log line and an "ERROR: " line on standard error; the file is untouched
 // then. Anything but a regular file cannot be opened. Main thread.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_ENGINE_INI_FILE_H_
 #define ZR7700_ENGINE_INI_FILE_H_
 

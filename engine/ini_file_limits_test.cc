@@ -1,4 +1,6 @@
 // Long lines, long files and long arguments.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <functional>
 
 #include "engine/ini_file.h"

@@ -1,4 +1,6 @@
 // The job's ink rules for one pixel, and their tabulated form.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_ENGINE_INK_H_
 #define ZR7700_ENGINE_INK_H_
 

@@ -1,5 +1,7 @@
 // The job variables: the one process-wide record through which the job driver, the engine's side
 // and the start-of-page check share the job's state.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_ENGINE_JOB_VARIABLES_H_
 #define ZR7700_ENGINE_JOB_VARIABLES_H_
 

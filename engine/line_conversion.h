@@ -3,6 +3,8 @@
 //
 // A line is an array of pixels of 4 bytes, in memory order red, green, blue, pad. Clipped pixels
 // become FF FF FF; every pad byte becomes 0.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_ENGINE_LINE_CONVERSION_H_
 #define ZR7700_ENGINE_LINE_CONVERSION_H_
 

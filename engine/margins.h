@@ -1,4 +1,6 @@
 // The left margin of a page.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_ENGINE_MARGINS_H_
 #define ZR7700_ENGINE_MARGINS_H_
 

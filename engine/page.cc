@@ -1,5 +1,8 @@
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include "engine/page.h"
 
+#include "disc/raster_header.h"
 #include "driver/log.h"
 #include "engine/clip_buffers.h"
 #include "engine/engine_entries.h"
@@ -7,7 +10,6 @@
 #include "engine/engine_properties.h"
 #include "engine/job_variables.h"
 #include "engine/print_header.h"
-#include "engine/raster_header.h"
 
 namespace zr7700 {
 namespace {

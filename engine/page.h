@@ -1,4 +1,6 @@
 // The start and the end of a page in the engine.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_ENGINE_PAGE_H_
 #define ZR7700_ENGINE_PAGE_H_
 

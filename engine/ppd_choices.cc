@@ -1,11 +1,13 @@
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include "engine/ppd_choices.h"
 
 #include <cstdlib>
 #include <cstring>
 #include <span>
 
+#include "disc/ring.h"
 #include "driver/log.h"
-#include "engine/wrapping.h"
 
 namespace zr7700 {
 namespace {
@@ -41,9 +43,6 @@ const char* MarkedKeyword(ppd_file_t* ppd, const char* option) {
 // The number that a keyword begins with, in 32 bits; 0 when it begins with none.
 int32_t NumberOf(const char* keyword) { return static_cast<int32_t>(strtol(keyword, nullptr, 10)); }
 
-// Tenths of a millimetre as dots at 600 dpi, cut toward zero.
-int32_t DotsOf(int32_t tenths_mm) { return WrappingMultiply(tenths_mm, 600) / 254; }
-
 uint8_t ValueOf(std::span<const KeywordRow> rows, const char* keyword, uint8_t other) {
   for (const KeywordRow& row : rows) {
     if (strcmp(row.keyword, keyword) == 0) return row.value;
@@ -67,7 +66,7 @@ void ReadDiscChoices(ppd_file_t* ppd, JobVariables& variables) {
     variables.InkSaturation = static_cast<uint8_t>(NumberOf(keyword));
   }
   if (const char* const keyword = MarkedKeyword(ppd, "OuterMargin")) {
-    variables.OuterMargin = static_cast<uint32_t>(DotsOf(NumberOf(keyword)));
+    variables.OuterMargin = static_cast<uint32_t>(MarginDots(NumberOf(keyword)));
   }
 }
 

@@ -1,4 +1,6 @@
 // The PPD's marked choices as job variables.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_ENGINE_PPD_CHOICES_H_
 #define ZR7700_ENGINE_PPD_CHOICES_H_
 

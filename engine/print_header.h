@@ -1,4 +1,6 @@
 // The 16 bytes that go to the printer before every page.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_ENGINE_PRINT_HEADER_H_
 #define ZR7700_ENGINE_PRINT_HEADER_H_
 

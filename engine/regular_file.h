@@ -1,5 +1,7 @@
 // Whole-file reading and writing that a FIFO or a device in the file's place cannot hold up, nor a
 // symbolic link lead elsewhere: none of them is a regular file here.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_ENGINE_REGULAR_FILE_H_
 #define ZR7700_ENGINE_REGULAR_FILE_H_
 

@@ -1,4 +1,6 @@
 // Signed 32-bit arithmetic modulo 2^32, which plain C++ leaves undefined.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_ENGINE_WRAPPING_H_
 #define ZR7700_ENGINE_WRAPPING_H_
 

@@ -1,5 +1,7 @@
 // The clip table for any page: it ends, stays inside its memory, mirrors itself, and every line's
 // range can be computed from it.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include "engine/clip_buffers.h"
 #include "engine/clip_range.h"
 #include "fuzz/input.h"

@@ -1,5 +1,7 @@
 // The device-data relay against any bytes from the other end, in any pieces: it ends, it writes to
 // the printer no more than its buffer for every command, and it answers only what the protocol has.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/socket.h>

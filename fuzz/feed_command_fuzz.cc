@@ -1,4 +1,6 @@
 // Both feed adjusters on any block, against a search and a sum byte by byte.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <cstring>
 #include <vector>
 

@@ -1,5 +1,7 @@
 // The ini editor on any file: no limit that ends the process leaves a changed file behind, and
 // doing the same again changes nothing.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <unistd.h>
 
 #include <string>

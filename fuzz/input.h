@@ -1,4 +1,6 @@
 // Takes numbers and bytes from the front of a fuzzer's input; zeros once it is used up.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_FUZZ_INPUT_H_
 #define ZR7700_FUZZ_INPUT_H_
 

@@ -1,4 +1,6 @@
 // The fast line conversion against the plain one: any job variables, any clip entry, any line.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <cstring>
 #include <vector>

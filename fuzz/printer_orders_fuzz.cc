@@ -1,5 +1,7 @@
 // What people and queues write for the virtual printer, as any text: device URIs, fault scripts,
 // orders. What is taken is within its limits; what is refused is refused with a sentence.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <cmath>
 #include <string>
 

@@ -1,5 +1,7 @@
 // The virtual printer's decoder on any bytes, in pieces of any size: it ends, and what it tells
 // lies within the stream and on the page.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <numeric>
 

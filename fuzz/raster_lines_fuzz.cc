@@ -1,5 +1,7 @@
 // A raster stream of any bytes, read and widened as the page loop does it: every pixel is its
 // line's own three bytes, or 0 beyond the line's end.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <cups/raster.h>
 
 #include <algorithm>

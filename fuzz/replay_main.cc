@@ -2,6 +2,8 @@
 // the fuzzer has found stays tested where there is no fuzzer.
 //
 //   <target>_replay CORPUS-FOLDER RANDOM-INPUTS
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>

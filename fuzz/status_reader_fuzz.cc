@@ -1,5 +1,7 @@
 // The status reader over any bytes that a printer may say: a record that it hands out is a sound
 // one that stands in those bytes, and every read ends.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <fcntl.h>
 #include <unistd.h>
 

@@ -4,6 +4,8 @@
 The page is the disc's square, 120 mm; all lengths are millimetres from the disc's centre, y down.
 Needs python3-cairo; the type is embedded, so that nobody else needs the fonts.
 """
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import math
 import os

@@ -5,6 +5,8 @@ Nothing is photographed: a terrain of ridged noise is looked at through a pinhol
 low sun with shadows, veiled by the air in front of it and mirrored in the water. Needs numpy and
 PIL.
 """
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import os
 

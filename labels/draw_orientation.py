@@ -1,6 +1,8 @@
 #!/usr/bin/env python3
 """Draws orientation.png: a label whose four sides differ, so that a disc that comes out upside
 down, mirrored, turned or off centre is seen at once. Needs PIL."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import os
 

@@ -1,5 +1,7 @@
 """The manual pages: clean for both formatters, and true to what the filter's sources and the PPD's
 source say (needs mandoc and man-db)."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import os
 import pathlib
@@ -94,9 +96,26 @@ def test_every_option_of_the_virtual_printer_is_documented():
     page = (HERE / "zr7700-printer.1").read_text(encoding="utf-8")
     usage = re.findall(r'^    "  --([\w-]+) ', source("virtual_printer/main.cc"), re.M)
     documented = re.findall(r"^\.It Fl Fl ([\w-]+)", page, re.M)
-    assert len(usage) == 12
+    assert len(usage) == 13
     assert documented == usage
     assert re.findall(r"^\.Op Fl Fl ([\w-]+)", page, re.M) == usage
+
+
+@pytest.mark.parametrize("page", [page for page in PAGES if page.suffix in (".1", ".8")],
+                         ids=lambda page: page.name)
+def test_every_program_says_how_it_is_asked(page):
+    """Both questions stand in the synopsis and in the text."""
+    synopsis, text = re.search(r"^\.Sh SYNOPSIS\n(.*?)^\.Sh (.*)", page.read_text(encoding="utf-8"),
+                               re.M | re.S).groups()
+    for question in ("help", "version"):
+        assert f"Fl Fl {question}" in synopsis
+        assert f"Fl Fl {question}" in text
+
+
+def test_pages_name_no_ppd_that_nobody_installs():
+    """A path below a prefix is somewhere else on the next machine: CUPS's own names are not."""
+    for page in PAGES:
+        assert re.findall(r"/usr/(?:local/)?share/ppd", page.read_text(encoding="utf-8")) == []
 
 
 def test_every_order_of_the_virtual_printer_is_documented():

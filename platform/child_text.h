@@ -1,4 +1,6 @@
 // For tests: what a process of its own says.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PLATFORM_CHILD_TEXT_H_
 #define ZR7700_PLATFORM_CHILD_TEXT_H_
 

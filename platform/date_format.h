@@ -1,4 +1,6 @@
 // The one way in which a moment is written, whatever clock told it.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PLATFORM_DATE_FORMAT_H_
 #define ZR7700_PLATFORM_DATE_FORMAT_H_
 

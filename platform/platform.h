@@ -3,6 +3,8 @@
 // One interface, two implementations side by side, one of them chosen at build time:
 // linux/ (libplist, the C library's message catalogues) and foundation/ (Objective-C++ on
 // Foundation). Nothing here knows anything of the filter.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PLATFORM_PLATFORM_H_
 #define ZR7700_PLATFORM_PLATFORM_H_
 

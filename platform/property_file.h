@@ -1,4 +1,6 @@
 // The file under a property list: read whole, replaced whole.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PLATFORM_PROPERTY_FILE_H_
 #define ZR7700_PLATFORM_PROPERTY_FILE_H_
 

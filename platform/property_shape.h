@@ -4,6 +4,8 @@
 // that it does not survive: nesting deeper than the stack, a binary list whose offsets point
 // nowhere. What passes here is parsed by both, and alike: only a binary list with an integer of 16
 // bytes or a date out of reckoning may still be refused by one of them, whole.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PLATFORM_PROPERTY_SHAPE_H_
 #define ZR7700_PLATFORM_PROPERTY_SHAPE_H_
 

@@ -1,4 +1,6 @@
 """The PPD as CUPS's own checker sees it."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import os
 import shutil
@@ -37,7 +39,7 @@ def test_checker_misses_the_filter_where_there_is_none(ppd_path, tmp_path):
 def test_filter_and_names(ppd_path):
     with open(ppd_path, encoding="utf-8") as file:
         lines = file.read().splitlines()
-    assert '*cupsFilter: "application/vnd.cups-raster 0 rastertoZR7700"' in lines
+    assert '*cupsFilter: "application/vnd.tessary-zr7700-disc 0 rastertoZR7700"' in lines
     assert '*Manufacturer: "Tessary"' in lines
     assert '*ModelName: "Tessary ZR7700"' in lines
     assert '*ColorDevice: True' in lines

@@ -1,4 +1,6 @@
 """Lets the PPD's tests import the modules beside them and names the files that they are about."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import os
 import sys

@@ -1,4 +1,6 @@
 """The PPD as libcups reads it: a thin layer over its functions, one object per open file."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import ctypes
 import ctypes.util

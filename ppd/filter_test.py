@@ -1,5 +1,7 @@
 """The filter itself with this PPD, on raster that the distribution's filters made with it: each
 choice arrives as the number that its text promises (needs bubblewrap, as all whole-job tests)."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import os
 import sys

@@ -1,4 +1,6 @@
 """Every text of the PPD in every language, in the file and through libcups."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import json
 import os
@@ -15,7 +17,7 @@ LANGUAGES = ("de", "es", "fr", "ja")
 REASONS = ("marker-supply-low", "marker-supply-empty", "media-needed")
 # Texts that may read the same in another language: lengths, percentages, and these.
 SAME_WORDS = {"de": {"Disc, 120 mm", "Normal", "Disc", "600 dpi"},
-              "es": {"Normal", "No"}, "fr": set(), "ja": {"600 dpi"}}
+              "es": {"Color", "Normal", "No"}, "fr": set(), "ja": {"600 dpi"}}
 
 
 def catalogue(language):
@@ -75,6 +77,25 @@ def test_catalogues_hold_no_empty_or_english_text(language):
 def test_catalogues_translate_the_same_texts():
     texts = set(catalogue("de"))
     assert all(set(catalogue(language)) == texts for language in LANGUAGES)
+
+
+@pytest.mark.parametrize("language", LANGUAGES)
+def test_draft_is_one_thing_in_every_language(language):
+    """One word for the 300 dpi and its lengths, which no print quality bears as well."""
+    texts = catalogue(language)
+    draft = re.fullmatch(r"300 \w+ ?[（(](\w+)[）)]", texts["300 dpi (draft)"]).group(1)
+    for english_text, text in texts.items():
+        assert ("draft" in english_text.lower()) == (draft.lower() in text.lower()), english_text
+    assert texts["Fast"] != texts["Draft"]
+
+
+@pytest.mark.parametrize("language", LANGUAGES)
+def test_texts_that_must_differ_do(language):
+    texts = catalogue(language)
+    for words in (("Fast", "Normal", "Better", "Best"), ("Color", "Grayscale", "Colors"),
+                  ("High gloss", "High gloss, type 2", "White polyester", "Semi-gloss",
+                   "White, matte")):
+        assert len({texts[word] for word in words}) == len(words)
 
 
 @pytest.mark.parametrize("language", LANGUAGES)

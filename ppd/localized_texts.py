@@ -1,5 +1,7 @@
 """Prints the PPD's texts in the process's language as JSON: libcups settles on a language once per
 process, so every language needs a process of its own. Argument: the PPD."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import json
 import sys

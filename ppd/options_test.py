@@ -1,4 +1,6 @@
 """The PPD's options as libcups offers them, against what the filter understands."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import itertools
 import re
@@ -12,6 +14,7 @@ POINTS_PER_MM = 72 / 25.4
 FILTER_KEYWORDS = {
     "MediaType": {"HighGloss", "HighGloss2", "WhitePolyester", "SemiGloss", "WhiteMatteBOPP"},
     "PrintQuality": {"Quality1", "Quality2", "Quality3", "Quality4"},
+    "ColorModel": {"RGB", "Gray"},
     "ColorMatching": {"BestForPhotos", "BestForGraphics"},
     "Bidi": {"Yes", "No"},
     "SkipLowInkFWCheck": {"Yes", "No"},
@@ -60,7 +63,8 @@ def test_every_option_and_choice_is_named_for_people(options):
 def test_defaults_are_marked_and_agree(ppd_path):
     expected = {"PageSize": "120x120mm.Fullbleed", "Resolution": "600dpi", "InnerDiameter": "220",
                 "OuterMargin": "10", "MediaType": "WhiteMatteBOPP", "PrintQuality": "Quality2",
-                "ColorMatching": "BestForPhotos", "Saturation": "100", "Bidi": "Yes",
+                "ColorModel": "RGB", "ColorMatching": "BestForPhotos", "Saturation": "100",
+                "Bidi": "Yes",
                 "SkipLowInkFWCheck": "No", "SuppressStartingUtilityOnError": "No"}
     with Ppd(ppd_path) as ppd:
         assert {option: ppd.marked(option) for option in expected} == expected
@@ -86,6 +90,23 @@ def test_page_is_the_disc_without_margins(ppd_path, name):
     assert (round(width, 2), round(length, 2)) == (PAGES_MM[name], PAGES_MM[name])
     assert (left, bottom) == (0, 0)
     assert (round(width - right, 2), round(length - top, 2)) == (0, 0)
+
+
+def test_no_size_can_be_made_up(ppd_path):
+    """The machine takes two sizes of disc: a size of one's own would be promised in vain."""
+    with open(ppd_path, encoding="utf-8") as file:
+        text = file.read()
+    assert "Custom" not in text and "*VariablePaperSize: True" not in text
+    assert "MaxMediaWidth" not in text and "HWMargins" not in text
+
+
+def test_draft_is_one_thing(options):
+    """The word stands for 300 dpi and what belongs to it, not for a quality as well."""
+    drafts = {(option, keyword) for option, (text, _, choices) in options.items()
+              for keyword, name in choices.items() if "draft" in f"{text} {name}".lower()}
+    assert ("Resolution", "300dpi") in drafts
+    assert all(keyword == "300dpi" or keyword.endswith("Draft") for _, keyword in drafts)
+    assert options["PrintQuality"][2]["Quality1"] == "Fast"
 
 
 def test_saturation_never_wraps_a_byte(options):
@@ -156,5 +177,20 @@ def test_changing_to_the_draft_resolution_keeps_the_disc(ppd_path):
 ])
 def test_print_quality_of_a_job_sets_what_belongs_together(ppd_path, quality, expected):
     with Ppd(ppd_path, f"print-quality={quality}") as ppd:
+        assert {option: ppd.marked(option) for option in expected} == expected
+        assert ppd.conflicts() == 0
+
+
+@pytest.mark.parametrize("job,expected", [
+    ("print-color-mode=color", {"ColorModel": "RGB", "Resolution": "600dpi"}),
+    ("print-color-mode=monochrome", {"ColorModel": "Gray", "Resolution": "600dpi"}),
+    ("print-color-mode=monochrome print-quality=3",
+     {"ColorModel": "Gray", "Resolution": "300dpi", "InnerDiameter": "110Draft",
+      "OuterMargin": "5Draft", "PrintQuality": "Quality1"}),
+    ("print-color-mode=monochrome print-quality=5", {"ColorModel": "Gray",
+                                                     "PrintQuality": "Quality4"}),
+])
+def test_color_mode_of_a_job_has_an_effect(ppd_path, job, expected):
+    with Ppd(ppd_path, job) as ppd:
         assert {option: ppd.marked(option) for option in expected} == expected
         assert ppd.conflicts() == 0

@@ -1,5 +1,7 @@
 """Labels as PDF files, the distribution's filters that turn them into raster, and the raster as
 libcups reads it."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import ctypes
 import ctypes.util
@@ -23,12 +25,8 @@ for _name, _result, _arguments in (
     _function.restype, _function.argtypes = _result, _arguments
 
 
-def pdf(side_points, drawing):
-    """A PDF of one square page with the drawing (PDF operators)."""
-    objects = ["<</Type/Catalog/Pages 2 0 R>>", "<</Type/Pages/Kids[3 0 R]/Count 1>>",
-               f"<</Type/Page/Parent 2 0 R/MediaBox[0 0 {side_points} {side_points}]"
-               "/Resources<<>>/Contents 4 0 R>>",
-               f"<</Length {len(drawing)}>>stream\n{drawing}\nendstream"]
+def pdf_file(objects):
+    """A PDF of these objects, numbered from 1; the first is the catalogue."""
     text, places = "%PDF-1.4\n", []
     for number, body in enumerate(objects, 1):
         places.append(len(text))
@@ -38,6 +36,14 @@ def pdf(side_points, drawing):
     text += "".join(f"{place:010} 00000 n \n" for place in places)
     text += f"trailer<</Size {len(objects) + 1}/Root 1 0 R>>\nstartxref\n{start}\n%%EOF\n"
     return text.encode()
+
+
+def pdf(side_points, drawing):
+    """A PDF of one square page with the drawing (PDF operators)."""
+    return pdf_file(["<</Type/Catalog/Pages 2 0 R>>", "<</Type/Pages/Kids[3 0 R]/Count 1>>",
+                     f"<</Type/Page/Parent 2 0 R/MediaBox[0 0 {side_points} {side_points}]"
+                     "/Resources<<>>/Contents 4 0 R>>",
+                     f"<</Length {len(drawing)}>>stream\n{drawing}\nendstream"])
 
 
 def filtered(ppd_path, document, rasterizer, options, copies, folder):
@@ -51,6 +57,16 @@ def filtered(ppd_path, document, rasterizer, options, copies, folder):
         data = done.stdout
     path = folder / "label.raster"
     path.write_bytes(data)
+    return path
+
+
+def filtered_picture(ppd_path, picture, options, folder):
+    """The raster file that imagetoraster makes of a picture file."""
+    done = subprocess.run(["/usr/lib/cups/filter/imagetoraster", "1", "user", "title", "1", options,
+                           str(picture)], capture_output=True, check=True, timeout=120,
+                          env={**os.environ, "PPD": ppd_path, "TMPDIR": str(folder)})
+    path = folder / "picture.raster"
+    path.write_bytes(done.stdout)
     return path
 
 

@@ -1,4 +1,6 @@
 // The threshold masks of the halftone, one a plane, made at build time by make_blue_noise.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_REFERENCE_ENGINE_BLUE_NOISE_H_
 #define ZR7700_REFERENCE_ENGINE_BLUE_NOISE_H_
 

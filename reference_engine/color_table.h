@@ -1,4 +1,6 @@
 // A colour table in memory: from the raster's red, green and blue to ink codes.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_REFERENCE_ENGINE_COLOR_TABLE_H_
 #define ZR7700_REFERENCE_ENGINE_COLOR_TABLE_H_
 

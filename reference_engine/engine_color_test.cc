@@ -1,4 +1,6 @@
 // The built libraries through their public interface: do the drops look like the picture?
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -1,5 +1,7 @@
 // The built libraries through their public interface: memory that runs out and callbacks that
 // throw, with a host that goes on whatever the entries answer.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
 #include <algorithm>

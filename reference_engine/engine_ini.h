@@ -1,4 +1,6 @@
 // The engine's reading of its ini file.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_REFERENCE_ENGINE_ENGINE_INI_H_
 #define ZR7700_REFERENCE_ENGINE_ENGINE_INI_H_
 

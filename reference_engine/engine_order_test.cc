@@ -1,4 +1,6 @@
 // The built libraries through their public interface: the order of calls and the answers.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 #include <unistd.h>
 

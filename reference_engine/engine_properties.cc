@@ -1,4 +1,6 @@
 // The property entries of the engine: each takes what the printer can do and refuses the rest.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 
 #include "reference_engine/print_engine.h"

@@ -1,4 +1,6 @@
 // The error codes of the open engine. 2 is left out: it is what a missing entry answers.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_REFERENCE_ENGINE_ENGINE_STATUS_H_
 #define ZR7700_REFERENCE_ENGINE_ENGINE_STATUS_H_
 

@@ -1,4 +1,6 @@
 // The 22 entries with C linkage. Compiled once a family, with ZR7700_ENGINE_FAMILY its letter.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <new>
 #include <type_traits>
 

@@ -1,4 +1,6 @@
 // The two engine families and what tells them apart; docs/printer-stream.md has the tables.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_REFERENCE_ENGINE_FAMILY_H_
 #define ZR7700_REFERENCE_ENGINE_FAMILY_H_
 

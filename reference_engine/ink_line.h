@@ -1,4 +1,6 @@
 // From a raster line to ink codes.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_REFERENCE_ENGINE_INK_LINE_H_
 #define ZR7700_REFERENCE_ENGINE_INK_LINE_H_
 

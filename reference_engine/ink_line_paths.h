@@ -1,4 +1,6 @@
 // The ways to look up inks, equal to the last bit; LookUpInks takes the best one for the processor.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_REFERENCE_ENGINE_INK_LINE_PATHS_H_
 #define ZR7700_REFERENCE_ENGINE_INK_LINE_PATHS_H_
 

@@ -1,5 +1,7 @@
 // The reference ink model: what drops look like. The colour tables and the halftone are made from
 // it, and docs/printer-stream.md publishes it for everybody who draws a stream.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_REFERENCE_ENGINE_INK_MODEL_H_
 #define ZR7700_REFERENCE_ENGINE_INK_MODEL_H_
 

@@ -1,4 +1,6 @@
 // The living engine instances, known by their handles.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_REFERENCE_ENGINE_INSTANCES_H_
 #define ZR7700_REFERENCE_ENGINE_INSTANCES_H_
 

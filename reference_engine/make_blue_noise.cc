@@ -1,6 +1,8 @@
 // Build tool: makes the three blue-noise threshold masks by void-and-cluster and prints them as a
 // C++ source. A mask of kMaskSide squared cells holds each rank 0 .. cells - 1 once; the cells
 // below any rank lie as evenly as can be, also across the edges, where the mask meets itself.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <array>
 #include <cmath>

@@ -4,6 +4,8 @@
 // The table carries what it is for in its description and its profile ID, which engines check.
 // "exact" aims at each colour as it is; "photo" scales all colours so that black is the inks' own
 // black and shadows keep their steps.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <lcms2.h>
 
 #include <cmath>

@@ -1,4 +1,6 @@
 // Renders one page: raster lines in, passes out.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_REFERENCE_ENGINE_PAGE_RENDERER_H_
 #define ZR7700_REFERENCE_ENGINE_PAGE_RENDERER_H_
 

@@ -1,4 +1,6 @@
 // What a page is printed with: the properties as the host set them, and what follows from them.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_REFERENCE_ENGINE_PAGE_SETTINGS_H_
 #define ZR7700_REFERENCE_ENGINE_PAGE_SETTINGS_H_
 

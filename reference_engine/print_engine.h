@@ -1,4 +1,6 @@
 // One engine instance: what the 22 entries do, one method an entry.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_REFERENCE_ENGINE_PRINT_ENGINE_H_
 #define ZR7700_REFERENCE_ENGINE_PRINT_ENGINE_H_
 

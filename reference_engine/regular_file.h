@@ -1,4 +1,6 @@
 // Reading the files that an engine is pointed at: colour tables and ini files.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_REFERENCE_ENGINE_REGULAR_FILE_H_
 #define ZR7700_REFERENCE_ENGINE_REGULAR_FILE_H_
 

@@ -1,5 +1,7 @@
 // From drop sizes to the bytes of a row command: packing, compression and escaping, as
 // docs/printer-stream.md describes them.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_REFERENCE_ENGINE_ROW_PACKING_H_
 #define ZR7700_REFERENCE_ENGINE_ROW_PACKING_H_
 

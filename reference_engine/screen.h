@@ -1,4 +1,6 @@
 // The halftone: ink codes to drops of three sizes by comparing them with blue-noise thresholds.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_REFERENCE_ENGINE_SCREEN_H_
 #define ZR7700_REFERENCE_ENGINE_SCREEN_H_
 

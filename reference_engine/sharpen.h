@@ -1,4 +1,6 @@
 // Sharpening of raster lines.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_REFERENCE_ENGINE_SHARPEN_H_
 #define ZR7700_REFERENCE_ENGINE_SHARPEN_H_
 

@@ -1,4 +1,6 @@
 // Writes the commands of docs/printer-stream.md into blocks and hands the blocks on.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_REFERENCE_ENGINE_STREAM_WRITER_H_
 #define ZR7700_REFERENCE_ENGINE_STREAM_WRITER_H_
 

@@ -1,4 +1,6 @@
 // The head's way over the page: which pass prints which row, and in which order passes go out.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_REFERENCE_ENGINE_SWEEP_H_
 #define ZR7700_REFERENCE_ENGINE_SWEEP_H_
 

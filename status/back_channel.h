@@ -1,4 +1,6 @@
 // The CUPS back channel, descriptor 3, made safe to read.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_STATUS_BACK_CHANNEL_H_
 #define ZR7700_STATUS_BACK_CHANNEL_H_
 

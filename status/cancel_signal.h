@@ -2,6 +2,8 @@
 //
 // The handler itself only stores a lock-free flag and writes to a pipe; job_cancel.h brings the
 // cancel's effects about on the main thread.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_STATUS_CANCEL_SIGNAL_H_
 #define ZR7700_STATUS_CANCEL_SIGNAL_H_
 

@@ -1,4 +1,6 @@
 // The ink cartridges that the printer takes.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_STATUS_CARTRIDGES_H_
 #define ZR7700_STATUS_CARTRIDGES_H_
 

@@ -2,6 +2,8 @@
 //
 // Only a change is printed, and what is shown stays shown across pages. All functions: the main
 // thread or the status thread, never both at once.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_STATUS_CONDITION_REPORTS_H_
 #define ZR7700_STATUS_CONDITION_REPORTS_H_
 

@@ -1,4 +1,6 @@
 // Lets the printer utility talk to the printer through the filter while a cartridge is changed.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_STATUS_DEVICE_RELAY_H_
 #define ZR7700_STATUS_DEVICE_RELAY_H_
 

@@ -1,4 +1,6 @@
 // What a cancel does to the job.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_STATUS_JOB_CANCEL_H_
 #define ZR7700_STATUS_JOB_CANCEL_H_
 

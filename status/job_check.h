@@ -1,4 +1,6 @@
 // The check of the printer before the job and before every page.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_STATUS_JOB_CHECK_H_
 #define ZR7700_STATUS_JOB_CHECK_H_
 

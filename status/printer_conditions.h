@@ -1,4 +1,6 @@
 // The conditions that a status record stands for.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_STATUS_PRINTER_CONDITIONS_H_
 #define ZR7700_STATUS_PRINTER_CONDITIONS_H_
 

@@ -1,3 +1,5 @@
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include "status/state_wait.h"
 
 #include <unistd.h>

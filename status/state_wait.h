@@ -1,4 +1,6 @@
 // Waits for the printer to reach a state.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_STATUS_STATE_WAIT_H_
 #define ZR7700_STATUS_STATE_WAIT_H_
 

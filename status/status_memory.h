@@ -2,6 +2,8 @@
 //
 // One object, named in driver/paths.h, readable by everybody. Create and close: main thread.
 // Publish and read: whichever thread reads the printer's status.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_STATUS_STATUS_MEMORY_H_
 #define ZR7700_STATUS_STATUS_MEMORY_H_
 

@@ -3,6 +3,8 @@
 //
 // All functions: the main thread or the status thread, never both at once (the main thread reads no
 // status while the status thread runs).
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_STATUS_STATUS_READER_H_
 #define ZR7700_STATUS_STATUS_READER_H_
 

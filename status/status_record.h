@@ -1,5 +1,7 @@
 // The printer's status record, 144 bytes exactly as received, and what the filter reads from it.
 // docs/status-record.md describes every byte. Plain functions of their arguments: any thread.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_STATUS_STATUS_RECORD_H_
 #define ZR7700_STATUS_STATUS_RECORD_H_
 

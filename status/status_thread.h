@@ -1,4 +1,6 @@
 // Watches the printer while a page prints, and once more after the job.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_STATUS_STATUS_THREAD_H_
 #define ZR7700_STATUS_STATUS_THREAD_H_
 

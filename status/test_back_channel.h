@@ -1,4 +1,6 @@
 // Descriptor 3 in the hands of a test.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_STATUS_TEST_BACK_CHANNEL_H_
 #define ZR7700_STATUS_TEST_BACK_CHANNEL_H_
 

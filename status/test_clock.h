@@ -1,4 +1,6 @@
 // The platform's clock under a test's control: test_clock.cc takes its place in a test program.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_STATUS_TEST_CLOCK_H_
 #define ZR7700_STATUS_TEST_CLOCK_H_
 

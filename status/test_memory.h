@@ -1,4 +1,6 @@
 // The published status as another process sees it, under the build's own name.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_STATUS_TEST_MEMORY_H_
 #define ZR7700_STATUS_TEST_MEMORY_H_
 

@@ -1,5 +1,7 @@
 // A printer utility that is told of errors and answers at once: test_notice.cc takes the place of
 // the notices in a test program.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_STATUS_TEST_NOTICE_H_
 #define ZR7700_STATUS_TEST_NOTICE_H_
 

@@ -1,5 +1,7 @@
 // A printer that answers every status request at once from a list: test_printer.cc takes the place
 // of the status reader in a test program.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_STATUS_TEST_PRINTER_H_
 #define ZR7700_STATUS_TEST_PRINTER_H_
 

@@ -1,4 +1,6 @@
 // A test body that runs in a process of its own, for what a process can do only once.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_STATUS_TEST_PROCESS_H_
 #define ZR7700_STATUS_TEST_PROCESS_H_
 

@@ -1,4 +1,6 @@
 // Status records for tests, built from what they are to say.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_STATUS_TEST_RECORDS_H_
 #define ZR7700_STATUS_TEST_RECORDS_H_
 

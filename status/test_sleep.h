@@ -1,5 +1,7 @@
 // Sleeping without losing time: test_sleep.cc takes the place of sleep and usleep in a test program
 // that is linked with --wrap for both.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_STATUS_TEST_SLEEP_H_
 #define ZR7700_STATUS_TEST_SLEEP_H_
 

@@ -1,4 +1,6 @@
 // The utility's end of the sockets, for tests.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_STATUS_TEST_SOCKET_H_
 #define ZR7700_STATUS_TEST_SOCKET_H_
 

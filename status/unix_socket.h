@@ -1,4 +1,6 @@
 // Unix-domain stream sockets as the utility protocol uses them.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_STATUS_UNIX_SOCKET_H_
 #define ZR7700_STATUS_UNIX_SOCKET_H_
 

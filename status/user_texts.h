@@ -1,4 +1,6 @@
 // The texts that tell a person what the printer needs, as CUPS shows them. Each ends its line.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_STATUS_USER_TEXTS_H_
 #define ZR7700_STATUS_USER_TEXTS_H_
 

@@ -1,4 +1,6 @@
 // The two connections between the filter and the printer utility.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_STATUS_UTILITY_CONNECTION_H_
 #define ZR7700_STATUS_UTILITY_CONNECTION_H_
 

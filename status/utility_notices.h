@@ -5,6 +5,8 @@
 // back and answer. Every notice returns one of the results below; an error is logged or turned into
 // one of them, and nothing is reported to CUPS. All functions: the main thread or the status
 // thread, never both at once.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_STATUS_UTILITY_NOTICES_H_
 #define ZR7700_STATUS_UTILITY_NOTICES_H_
 

@@ -1,4 +1,6 @@
 // Built with "." in front of the fixed paths: the sockets lie in the test's own folder.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include "status/utility_notices.h"
 
 #include <gmock/gmock.h>

@@ -4,6 +4,8 @@ label ─► (imagetopdf | pdftopdf) ─► gstoraster ─► rastertoZR7700 ─
                                                         ▲                 │
                                                         └─ descriptor 3 ──┘ status records
 """
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import errno
 import os

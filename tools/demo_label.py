@@ -1,4 +1,6 @@
 """What a label file is, and whether it can be printed at all."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import os
 import re

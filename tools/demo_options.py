@@ -1,4 +1,6 @@
 """The options of a job, checked against the PPD before anything is started."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import difflib
 import re

@@ -1,4 +1,6 @@
 """What the header of a picture tells: its size, and whether all of the file is there."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import struct
 

@@ -3,6 +3,8 @@
 
 ./demo runs this once everything is built. Standard library only.
 """
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import demo_stop
 
@@ -40,6 +42,8 @@ disc's picture. Without a label it prints both examples of labels/.
                       InnerDiameter=460; several -o are fine (a wrong one names the right ones)
   --cartridge LETTER  Q or P: the engine family Granite; U or V: Heron (Q)
   --discs NUMBER      copies of each label, 1 to 25 (1)
+  --help              say this
+  --version           say the version
 """
 
 

@@ -1,5 +1,7 @@
 """How the demonstration is stopped: by Ctrl-C, SIGTERM, or the end of its terminal (unless nohup
 has started it)."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import signal
 import sys

@@ -1,12 +1,19 @@
 # Sourced by ./test and ./demo: the Debian packages that they need, installed when missing, and a
 # root folder that sandboxes can be made from. Expects to be sourced from the repository's top.
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 build_packages=(g++ cmake ninja-build pkg-config gettext
-  libcups2-dev libcupsimage2-dev libplist-dev)
-companion_packages=(liblcms2-dev libpng-dev cups-ppdc cups-filters ghostscript poppler-utils
-  python3)
+  libcups2-dev libcupsimage2-dev libplist-dev
+  libjpeg-dev libpng-dev libtiff-dev libexif-dev liblcms2-dev)
+companion_packages=(cups-ppdc cups-filters ghostscript poppler-utils python3)
 test_packages=(libgtest-dev libgmock-dev bubblewrap python3-pytest python3-numpy python3-pil
-  gobjc++ libgnustep-base-dev cups cups-client cups-ipp-utils man-db mandoc)
+  gobjc++ libgnustep-base-dev cups cups-client cups-ipp-utils man-db mandoc reuse shellcheck)
+
+# project_version: as CMakeLists.txt has it, where alone it stands.
+project_version() {
+  sed -n 's/^project(zr7700 VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt
+}
 
 as_root() {
   if [ "$(id -u)" = 0 ]; then "$@"; else sudo "$@"; fi

@@ -1,4 +1,6 @@
 // zr7700-decode: prints a captured printer stream as text, a line an item, and what is wrong in it.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -6,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "about/questions.h"
 #include "virtual_printer/stream_decoder.h"
 
 namespace zr7700::printer {
@@ -18,14 +21,17 @@ constexpr char kUsage[] =
     "Usage: zr7700-decode [--rows] [FILE]\n"
     "\n"
     "Prints the printer stream in FILE, or on standard input, as text: the byte offset and the\n"
-    "values of every item, and every violation of the format. With --rows the rows too.\n"
+    "values of every item, and every violation of the format.\n"
+    "\n"
+    "  --rows     print the rows of dots too\n"
+    "  --help     say this\n"
+    "  --version  say the version\n"
     "\n"
     "Exit status: 0 when the stream is right, 1 when it violates the format, 2 when it cannot be\n"
     "read.\n";
 
 struct Options {
   bool rows = false;
-  bool help = false;
   const char* path = nullptr;
 };
 
@@ -113,8 +119,6 @@ bool ReadOptions(int argc, char** argv, Options& options) {
     const std::string_view argument = argv[i];
     if (argument == "--rows") {
       options.rows = true;
-    } else if (argument == "--help") {
-      options.help = true;
     } else if (options.path == nullptr && !argument.starts_with("--")) {
       options.path = argv[i];
     } else {
@@ -138,12 +142,13 @@ bool Decode(FILE* input, StreamDecoder& decoder) {
 }
 
 int Main(int argc, char** argv) {
+  const std::string_view question = FirstQuestion(argc, argv);
+  if (!question.empty()) return AnswerQuestion(question, "zr7700-decode", kUsage);
   Options options;
   if (!ReadOptions(argc, argv, options)) {
     std::fputs(kUsage, stderr);
     return kExitUsage;
   }
-  if (options.help) return std::fputs(kUsage, stdout) < 0;
   FILE* input = options.path == nullptr ? stdin : std::fopen(options.path, "rb");
   Printer printer(options.rows);
   StreamDecoder decoder(printer);

@@ -1,4 +1,6 @@
 // Runs the program on streams put together by hand.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>

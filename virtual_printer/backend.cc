@@ -1,4 +1,6 @@
 // zr7700virtual: the virtual printer as a CUPS backend.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <cups/backend.h>
 #include <cups/cups.h>
 #include <cups/sidechannel.h>
@@ -11,6 +13,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "about/questions.h"
 #include "virtual_printer/command.h"
 #include "virtual_printer/control_socket.h"
 #include "virtual_printer/device_uri.h"
@@ -24,6 +27,19 @@ namespace {
 
 constexpr int kBackChannel = 3;  // the descriptor that CUPS gives every backend
 constexpr uint32_t kMostCopies = 9999;
+
+constexpr char kUsage[] =
+    "Usage: zr7700virtual\n"
+    "       zr7700virtual job-id user title copies options [file]\n"
+    "\n"
+    "The virtual ZR7700 disc printer as a CUPS backend. Without arguments it names the device; "
+    "CUPS\n"
+    "starts it with a job's. The environment variable DEVICE_URI holds the printer's address.\n"
+    "\n"
+    "  --help     say this\n"
+    "  --version  say the version\n"
+    "\n"
+    "The manual page zr7700virtual(8) has more.\n";
 
 // The scheduler acts on each line by the word that it begins with.
 void Log(LogLevel level, const std::string& line) {
@@ -123,6 +139,7 @@ int Main(int argc, char** argv) {
   setvbuf(stderr, nullptr, _IOLBF, 0);
   IgnoreWriteSignals();
   if (argc == 1) return ListDevices();
+  if (argc == 2 && IsQuestion(argv[1])) return AnswerQuestion(argv[1], "zr7700virtual", kUsage);
   if (argc != 6 && argc != 7) {
     std::fprintf(stderr, "Usage: %s job-id user title copies options [file]\n",
                  LogLine(argv[0]).c_str());

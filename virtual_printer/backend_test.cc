@@ -1,4 +1,6 @@
 // Runs the backend zr7700virtual as CUPS runs it.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

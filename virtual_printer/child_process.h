@@ -1,5 +1,7 @@
 // For tests: a program between pipes. Its standard input and a back channel (descriptor 3) are
 // pipes of the test's; what it says on standard error is kept.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_VIRTUAL_PRINTER_CHILD_PROCESS_H_
 #define ZR7700_VIRTUAL_PRINTER_CHILD_PROCESS_H_
 

@@ -1,5 +1,7 @@
 // The orders that a fault script and the control socket give: one line of text, one order.
 // docs/virtual-printer.md has the language.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_VIRTUAL_PRINTER_COMMAND_H_
 #define ZR7700_VIRTUAL_PRINTER_COMMAND_H_
 

@@ -1,5 +1,7 @@
 // The control socket: a Unix-domain stream socket that takes orders, a line each, and answers each
 // with a line.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_VIRTUAL_PRINTER_CONTROL_SOCKET_H_
 #define ZR7700_VIRTUAL_PRINTER_CONTROL_SOCKET_H_
 

@@ -1,4 +1,6 @@
 // The backend's device URI: zr7700virtual:/path/to/spool?cartridge=Q&discs=5
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_VIRTUAL_PRINTER_DEVICE_URI_H_
 #define ZR7700_VIRTUAL_PRINTER_DEVICE_URI_H_
 

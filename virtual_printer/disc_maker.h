@@ -1,5 +1,7 @@
 // Turns a printed page into the pictures of its disc, beside the thread that runs the printer: its
 // status records must go on meanwhile.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_VIRTUAL_PRINTER_DISC_MAKER_H_
 #define ZR7700_VIRTUAL_PRINTER_DISC_MAKER_H_
 

@@ -1,4 +1,6 @@
 // A printed disc as a picture, and where on the disc its drops lie.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_VIRTUAL_PRINTER_DISC_PICTURE_H_
 #define ZR7700_VIRTUAL_PRINTER_DISC_PICTURE_H_
 

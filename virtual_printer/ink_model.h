@@ -1,4 +1,6 @@
 // What drops look like: the reference ink model of docs/printer-stream.md.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_VIRTUAL_PRINTER_INK_MODEL_H_
 #define ZR7700_VIRTUAL_PRINTER_INK_MODEL_H_
 

@@ -1,5 +1,7 @@
 // Cuts the printer stream into its items: print headers and commands. docs/printer-stream.md has
 // the format. What the items mean, and whether they may follow each other, is the decoder's matter.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_VIRTUAL_PRINTER_ITEM_READER_H_
 #define ZR7700_VIRTUAL_PRINTER_ITEM_READER_H_
 

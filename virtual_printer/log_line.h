@@ -1,4 +1,6 @@
 // What may stand in one line of a log.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_VIRTUAL_PRINTER_LOG_LINE_H_
 #define ZR7700_VIRTUAL_PRINTER_LOG_LINE_H_
 

@@ -1,5 +1,7 @@
 // What the virtual printer is made of besides its print head: cartridge, ink use, the bin of discs,
 // and what of them its status records show.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_VIRTUAL_PRINTER_MACHINE_H_
 #define ZR7700_VIRTUAL_PRINTER_MACHINE_H_
 

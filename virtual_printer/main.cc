@@ -1,5 +1,7 @@
 // zr7700-printer: the virtual printer as a program between pipes. The printer stream comes on
 // standard input, status records leave by a descriptor that the caller names.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
@@ -7,10 +9,10 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
-#include <cstring>
 #include <limits>
 #include <string>
 
+#include "about/questions.h"
 #include "virtual_printer/command.h"
 #include "virtual_printer/log_line.h"
 #include "virtual_printer/session.h"
@@ -38,6 +40,7 @@ constexpr char kUsage[] =
     "  --script FILE       obey a fault script\n"
     "  --control SOCKET    listen for orders there\n"
     "  --help              say this\n"
+    "  --version           say the version\n"
     "\n"
     "Exit status: 0 when the stream was right and every file is written, 1 when not or when it is\n"
     "switched off (SIGTERM) before, 2 when the options or the places that they name are wrong.\n";
@@ -97,14 +100,10 @@ void Log(LogLevel level, const std::string& line) {
   std::fprintf(stderr, "zr7700-printer: %s\n", LogLine(line).c_str());
 }
 
-bool AsksForHelp(int argc, char** argv) {
-  return std::any_of(argv + 1, argv + argc,
-                     [](const char* argument) { return std::strcmp(argument, "--help") == 0; });
-}
-
 int Main(int argc, char** argv) {
   HoldStandardDescriptors();
-  if (AsksForHelp(argc, argv)) return std::fputs(kUsage, stdout) < 0;
+  const std::string_view question = FirstQuestion(argc, argv);
+  if (!question.empty()) return AnswerQuestion(question, "zr7700-printer", kUsage);
   IgnoreWriteSignals();
   NoteStopSignals({SIGTERM, SIGINT, SIGHUP});
   Options options;

@@ -1,4 +1,6 @@
 // The drops of one page, laid on its grid.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_VIRTUAL_PRINTER_PAGE_CANVAS_H_
 #define ZR7700_VIRTUAL_PRINTER_PAGE_CANVAS_H_
 

@@ -1,4 +1,6 @@
 // Writing pictures and reports so that nobody ever finds half of one.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_VIRTUAL_PRINTER_PICTURE_FILE_H_
 #define ZR7700_VIRTUAL_PRINTER_PICTURE_FILE_H_
 

@@ -1,4 +1,6 @@
 // Runs zr7700-printer between pipes.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>

@@ -1,5 +1,7 @@
 // The printer's voice: when which bytes of which status record go out, and everything that a fault
 // script may do to them.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_VIRTUAL_PRINTER_RECORD_CHANNEL_H_
 #define ZR7700_VIRTUAL_PRINTER_RECORD_CHANNEL_H_
 

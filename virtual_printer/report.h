@@ -1,4 +1,6 @@
 // What a virtual printer tells of its work: the report file.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_VIRTUAL_PRINTER_REPORT_H_
 #define ZR7700_VIRTUAL_PRINTER_REPORT_H_
 

@@ -1,4 +1,6 @@
 // The data of a row: decompressing and unpacking them as each family packs them.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_VIRTUAL_PRINTER_ROW_DATA_H_
 #define ZR7700_VIRTUAL_PRINTER_ROW_DATA_H_
 

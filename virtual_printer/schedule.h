@@ -1,4 +1,6 @@
 // The fault script: orders that wait for their time or for their page.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_VIRTUAL_PRINTER_SCHEDULE_H_
 #define ZR7700_VIRTUAL_PRINTER_SCHEDULE_H_
 

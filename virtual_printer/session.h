@@ -1,4 +1,6 @@
 // One run of the virtual printer: bytes in, discs and status records out, orders obeyed meanwhile.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_VIRTUAL_PRINTER_SESSION_H_
 #define ZR7700_VIRTUAL_PRINTER_SESSION_H_
 

@@ -1,4 +1,6 @@
 // How one virtual printer is set up, whichever way it is started.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_VIRTUAL_PRINTER_SETTINGS_H_
 #define ZR7700_VIRTUAL_PRINTER_SETTINGS_H_
 

@@ -1,4 +1,6 @@
 // The three descriptors that every program expects to be there.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_VIRTUAL_PRINTER_STANDARD_DESCRIPTORS_H_
 #define ZR7700_VIRTUAL_PRINTER_STANDARD_DESCRIPTORS_H_
 

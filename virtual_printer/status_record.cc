@@ -1,3 +1,5 @@
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include "virtual_printer/status_record.h"
 
 #include <numeric>

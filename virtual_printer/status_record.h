@@ -1,5 +1,7 @@
 // The printer's status record: 144 bytes that say what the printer is doing and what it lacks.
 // docs/status-record.md has the layout.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_VIRTUAL_PRINTER_STATUS_RECORD_H_
 #define ZR7700_VIRTUAL_PRINTER_STATUS_RECORD_H_
 

@@ -1,4 +1,6 @@
 // Signals that ask a program to end, as a flag that its loop looks at.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_VIRTUAL_PRINTER_STOP_SIGNALS_H_
 #define ZR7700_VIRTUAL_PRINTER_STOP_SIGNALS_H_
 

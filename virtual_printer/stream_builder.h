@@ -1,5 +1,7 @@
 // For tests: printer streams put together by hand, right ones and wrong ones. Nothing of this knows
 // the decoder; it is a second reading of docs/printer-stream.md.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_VIRTUAL_PRINTER_STREAM_BUILDER_H_
 #define ZR7700_VIRTUAL_PRINTER_STREAM_BUILDER_H_
 

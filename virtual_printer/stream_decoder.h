@@ -1,6 +1,8 @@
 // Decodes the printer stream strictly: everything that docs/printer-stream.md asks for is checked,
 // and every violation is told with the offset of the item (or byte) that violates it. The drops are
 // laid on the page's grid.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_VIRTUAL_PRINTER_STREAM_DECODER_H_
 #define ZR7700_VIRTUAL_PRINTER_STREAM_DECODER_H_
 

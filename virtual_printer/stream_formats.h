@@ -1,5 +1,7 @@
 // What the items of the printer stream hold, and which values are legal in each by itself.
 // docs/printer-stream.md has the tables.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_VIRTUAL_PRINTER_STREAM_FORMATS_H_
 #define ZR7700_VIRTUAL_PRINTER_STREAM_FORMATS_H_
 

@@ -1,4 +1,6 @@
 // For tests: decodes a stream and keeps all that the decoder tells.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_VIRTUAL_PRINTER_STREAM_LISTENER_H_
 #define ZR7700_VIRTUAL_PRINTER_STREAM_LISTENER_H_
 

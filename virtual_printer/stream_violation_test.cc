@@ -1,4 +1,6 @@
 // Every way to violate docs/printer-stream.md, and the offset and sentence that it is told with.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

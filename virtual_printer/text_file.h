@@ -1,4 +1,6 @@
 // Reading a small file whole.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_VIRTUAL_PRINTER_TEXT_FILE_H_
 #define ZR7700_VIRTUAL_PRINTER_TEXT_FILE_H_
 

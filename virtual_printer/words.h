@@ -1,4 +1,6 @@
 // Splitting lines of text into words.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_VIRTUAL_PRINTER_WORDS_H_
 #define ZR7700_VIRTUAL_PRINTER_WORDS_H_
 

@@ -1,4 +1,6 @@
 // Objects that Foundation hands out live until the pool around them ends.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PLATFORM_FOUNDATION_AUTORELEASE_H_
 #define ZR7700_PLATFORM_FOUNDATION_AUTORELEASE_H_
 

@@ -1,4 +1,7 @@
 # How Foundation is compiled against and linked: Apple's own, or GNUstep's with GCC.
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
+
 if(NOT APPLE)
   find_program(GNUSTEP_CONFIG gnustep-config REQUIRED)
   # Debian's GNUstep is built for GCC's runtime, whatever compiles the C++.

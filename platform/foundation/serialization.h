@@ -2,6 +2,8 @@
 //
 // Plain Objective-C: GCC's Objective-C++ does not survive a thrown Objective-C exception, not even
 // where it is caught, so none may reach a C++ frame.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PLATFORM_FOUNDATION_SERIALIZATION_H_
 #define ZR7700_PLATFORM_FOUNDATION_SERIALIZATION_H_
 

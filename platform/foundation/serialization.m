@@ -1,3 +1,5 @@
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #import "platform/foundation/serialization.h"
 
 id zr7700_ParsePropertyList(NSData* data) {

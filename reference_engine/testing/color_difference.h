@@ -1,4 +1,6 @@
 // How different two colours look, for the tests.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_REFERENCE_ENGINE_TESTING_COLOR_DIFFERENCE_H_
 #define ZR7700_REFERENCE_ENGINE_TESTING_COLOR_DIFFERENCE_H_
 

@@ -1,5 +1,7 @@
 // Plays the host of a built engine library for the tests: loads it as the filter does and prints
 // pictures through the 22 entries.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_REFERENCE_ENGINE_TESTING_ENGINE_HOST_H_
 #define ZR7700_REFERENCE_ENGINE_TESTING_ENGINE_HOST_H_
 

@@ -1,5 +1,7 @@
 // Lets a chosen memory allocation of the whole process fail. A program that names anything here has
 // its operator new replaced by one that counts, the libraries that it loads included.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_REFERENCE_ENGINE_TESTING_FAILING_MEMORY_H_
 #define ZR7700_REFERENCE_ENGINE_TESTING_FAILING_MEMORY_H_
 

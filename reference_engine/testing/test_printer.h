@@ -1,5 +1,7 @@
 // A printer for the tests: executes a stream strictly, straight from docs/printer-stream.md, and
 // shares no code with the engine.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_REFERENCE_ENGINE_TESTING_TEST_PRINTER_H_
 #define ZR7700_REFERENCE_ENGINE_TESTING_TEST_PRINTER_H_
 

@@ -4,6 +4,8 @@ backend installed as on a machine, and the clients' view of its queue.
 cupsd runs as root and its filters and backends as lp, as everywhere. All folders that either writes
 to are private ones, mounted over the machine's.
 """
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import json
 import os
@@ -21,6 +23,7 @@ import sandbox
 REPOSITORY = Path(__file__).resolve().parents[2]
 BUILD = Path(os.environ.get("ZR7700_BUILD", REPOSITORY / "build-release"))
 FILTER = os.environ.get("ZR7700_FILTER", str(BUILD / "rastertoZR7700"))
+BEFORE_FILTER = ("rastertodisc", "pdftodisc", "picturetodisc")
 QUEUE = "discs"
 USER = "lp"
 
@@ -109,6 +112,7 @@ class Scheduler:
             raise RuntimeError("A scheduler that runs its filters as lp needs root.")
         self.root = Path(tempfile.mkdtemp(prefix="zr7700-cups-", dir="/tmp"))
         self.root.chmod(0o755)
+        self.ppd = str(BUILD / "ppd/zr7700.ppd")
         self.port = _free_port()
         self.transcript = []  # what was done and seen, as a person would type and read it
         self._install()
@@ -135,6 +139,9 @@ class Scheduler:
         self.out = self._folder("out", USER)
         self._install_engine()
         self._install_programs()
+        # The scheduler reads MIME files beside its configuration as well as among its data.
+        for name in ("zr7700.types", "zr7700.convs"):
+            shutil.copyfile(REPOSITORY / "mime" / name, self.root / "etc" / name)
         settings = {"socket": self.root / "run/cups.sock", "port": self.port,
                     "bin": self.root / "bin"}
         (self.root / "etc/cupsd.conf").write_text(_CUPSD_CONF.format(**settings))
@@ -154,7 +161,8 @@ class Scheduler:
             theirs = Path("/usr/lib/cups") / kind
             for program in theirs.iterdir() if kind != "backend" and theirs.exists() else ():
                 (folder / program.name).symlink_to(program)
-        for program, place in ((FILTER, "filter/rastertoZR7700"),
+        ours = [(BUILD / name, f"filter/{name}") for name in BEFORE_FILTER]
+        for program, place in (*ours, (FILTER, "filter/rastertoZR7700"),
                                (BUILD / "zr7700virtual", "backend/zr7700virtual")):
             shutil.copyfile(program, self.root / "bin" / place)
             (self.root / "bin" / place).chmod(0o755)
@@ -173,7 +181,7 @@ class Scheduler:
 
     def _add_queue(self):
         self._client("lpadmin", "-p", QUEUE, "-E", "-v", self.uri(), "-P",
-                     str(BUILD / "ppd/zr7700.ppd"), "-o", "printer-error-policy=abort-job")
+                     self.ppd, "-o", "printer-error-policy=abort-job")
 
     def stop(self):
         for job in self.jobs("not-completed"):
@@ -265,9 +273,12 @@ class Scheduler:
         return {name: value.strip() for name, value in
                 re.findall(r"^ +([\w-]+) \([^)]*\) = (.*)$", answer, re.M)}
 
+    def attributes(self, *names):
+        """What the queue tells every client of itself."""
+        return self._ask("Get-Printer-Attributes", "printer-uri $uri", names)
+
     def printer(self):
-        return self._ask("Get-Printer-Attributes", "printer-uri $uri",
-                         ["printer-state", "printer-state-reasons", "printer-state-message"])
+        return self.attributes("printer-state", "printer-state-reasons", "printer-state-message")
 
     def job(self, number):
         return self._ask("Get-Job-Attributes", f"job-uri ipp://127.0.0.1/jobs/{number}",

@@ -1,5 +1,7 @@
 """Printing with lp through a real scheduler: what a person at the desktop, and what an
 administrator at the machine, finds before, during and after the jobs."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import os
 import re

@@ -9,7 +9,9 @@
  * the process's first thread.
  *
  * A library that lacks an entry is built by renaming it: -DSetPaperTray=NoSuchEntry.
- */
+ *
+ * SPDX-FileCopyrightText: The rastertoZR7700 authors
+ * SPDX-License-Identifier: Apache-2.0 */
 #include <stdint.h>
 #include <stdio.h>
 #include <unistd.h>

@@ -14,7 +14,9 @@
  *   copy FROM TO    copy a file, to show how things stand at that moment
  *
  * The actions of one call are done in the order of their lines.
- */
+ *
+ * SPDX-FileCopyrightText: The rastertoZR7700 authors
+ * SPDX-License-Identifier: Apache-2.0 */
 #ifndef ZR7700_TESTS_ENGINE_SCRIPT_H_
 #define ZR7700_TESTS_ENGINE_SCRIPT_H_
 

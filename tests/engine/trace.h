@@ -2,7 +2,9 @@
  *
  * The trace file is named by ZR7700_ENGINE_TRACE. Every line goes out in one write on a descriptor
  * opened for it, so that the trace is whole whatever happens to the process afterwards.
- */
+ *
+ * SPDX-FileCopyrightText: The rastertoZR7700 authors
+ * SPDX-License-Identifier: Apache-2.0 */
 #ifndef ZR7700_TESTS_ENGINE_TRACE_H_
 #define ZR7700_TESTS_ENGINE_TRACE_H_
 

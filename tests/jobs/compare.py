@@ -1,4 +1,6 @@
 """Compares everything that a job left behind with what the model expects."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import log_compare
 

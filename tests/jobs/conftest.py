@@ -1,6 +1,8 @@
 """Lets the tests import the bench's modules, which lie beside them, and splits a file's tests into
 shares that run side by side: with ZR7700_SHARE=2/3 every third test runs, from the second on.
 """
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import os
 import sys

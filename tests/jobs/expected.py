@@ -4,6 +4,8 @@ The model walks a job's steps in order and writes down the log's lines (those of
 those of the status thread page by page), standard error, standard output, the engine's calls, the
 bands' bytes and the ini file. It is deterministic: what the printer says in each pass is told to it.
 """
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import expected_ini
 import record as records

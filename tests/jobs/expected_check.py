@@ -1,4 +1,6 @@
 """The start-of-page check as it is expected: log lines and standard-error texts."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import math
 

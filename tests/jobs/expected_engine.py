@@ -1,4 +1,6 @@
 """A model of the print engine as the tests script it: what it is called with and what it emits."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 from expected_page import i32, u32
 

@@ -1,4 +1,6 @@
 """The engine's ini file after the filter's edits."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 _PIECE = 1023
 FILE_LIMIT, KEY_LINE_LIMIT, HEADER_LIMIT = 8000, 500, 100

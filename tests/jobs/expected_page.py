@@ -2,6 +2,8 @@
 
 Written for plainness, not speed: whole numbers of Python, cut to their widths where the width shows.
 """
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import math
 

@@ -1,4 +1,6 @@
 """What the engine is told of a page before it starts: margins, sizes, codes, alignment."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 from expected_page import i32, quotient, u32
 

@@ -1,4 +1,6 @@
 """Texts that the filter writes, word for word."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 STATES_WITHDRAWN = ("STATE: -marker-supply-empty\n"
                     "STATE: -marker-supply-low\n"

@@ -1,4 +1,6 @@
 """One print job: what goes in, how it is run, and everything that came out."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import concurrent.futures
 import functools

@@ -7,6 +7,8 @@
   start and its exit are taken out into a list per page.
 What remains is compared exactly and in order.
 """
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import re
 

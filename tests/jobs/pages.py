@@ -1,4 +1,6 @@
 """Small raster pages for the tests."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import raster
 

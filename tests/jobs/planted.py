@@ -1,4 +1,6 @@
 """Things that others may have put where the filter expects a file of its own."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import os
 

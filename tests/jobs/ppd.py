@@ -1,4 +1,6 @@
 """Makes a PPD that offers just the choices a test asks for."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 # The options that the filter reads, each with a few keywords; the first is the default.
 OPTIONS = {

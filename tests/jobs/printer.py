@@ -12,6 +12,8 @@ however fast it reads. rate() sends at a given rate whatever the filter does, as
 When the plan returns, the printer goes on with the last state given to fresh(), unless the plan
 ended with silence() or hang_up().
 """
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import array
 import fcntl

@@ -4,6 +4,8 @@
 Written from the format's description, so that the filter's reading is checked against something
 other than the library that it reads with.
 """
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import struct
 from dataclasses import dataclass, field

@@ -1,4 +1,6 @@
 """Builds the printer's 144-byte status records."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 RECORD_BYTES = 144
 

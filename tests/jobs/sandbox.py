@@ -3,6 +3,8 @@
 Every job gets a folder of its own that is mounted, by bubblewrap, where the filter looks: /Library,
 /Users, /var/tmp, /tmp and /dev/shm. Everything else is the machine's, read-only.
 """
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import fcntl
 import functools

@@ -1,4 +1,6 @@
 """Status records as they really come: split, shifted, spoiled, late, too many."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import random
 

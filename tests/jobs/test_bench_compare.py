@@ -1,4 +1,6 @@
 """The comparison itself: a model that is wrong in one respect must not agree with a good job."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import pytest
 

@@ -1,4 +1,6 @@
 """The recording engine through the plain C interface."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import ctypes
 import shutil

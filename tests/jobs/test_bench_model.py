@@ -1,4 +1,6 @@
 """The model itself, against numbers worked out by hand."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import expected_ini as ini
 import expected_text

@@ -1,4 +1,6 @@
 """The raster writer, read back by the system's own raster reader."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import ctypes
 import ctypes.util

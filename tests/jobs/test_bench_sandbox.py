@@ -1,4 +1,6 @@
 """The private root, with a shell script in the filter's place."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import pytest
 

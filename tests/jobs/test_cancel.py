@@ -1,4 +1,6 @@
 """Cancelling a job: SIGTERM at every place that a job can stand still."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import os
 import random

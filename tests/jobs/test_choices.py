@@ -1,4 +1,6 @@
 """What the PPD choices come to: properties, colour tables, ini keys and pixels."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import itertools
 

@@ -1,4 +1,6 @@
 """The command line, the PPD and the job options."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import gettext
 import os
@@ -27,11 +29,30 @@ def expect_early_end(result, stderr=None):
         assert result.stderr == STATES_WITHDRAWN + stderr
 
 
-@pytest.mark.parametrize("arguments", [[], ["1", "u", "t", "1"],
+@pytest.mark.parametrize("arguments", [[], ["1"], [""], ["-h"], ["--helpful"], ["--Version"],
+                                       ["--help", "--version"], ["--version", "1"],
+                                       ["1", "u", "t", "1"],
                                        ["1", "u", "t", "1", "", "file", "more"]])
 def test_a_wrong_number_of_arguments_prints_the_usage(arguments):
     usage = f"Usage: {jobs.filter_path()} job user title copies options [filename]\n"
     expect_early_end(Job(arguments=arguments).run(), usage)
+
+
+@pytest.mark.parametrize("question,answer", [("--help", "Usage: rastertoZR7700 job user title "),
+                                             ("--version", "rastertoZR7700 ")])
+def test_a_question_is_no_job(question, answer):
+    """No log, no state withdrawn, nothing read and nothing left."""
+    result = Job(arguments=[question]).run()
+    assert result.status == 0
+    assert result.stdout.decode().startswith(answer) and result.stdout.endswith(b"\n")
+    assert result.stderr == "" and result.trace == []
+    assert result.log_mode is None and not result.shared_memory_left
+
+
+def test_a_question_among_a_jobs_arguments_is_the_jobs():
+    result = Job(arguments=["1", "--help", "--version", "1", "--help"]).run()
+    assert result.status == 0
+    assert result.stderr.startswith(STATES_WITHDRAWN) and b"Usage" not in result.stdout
 
 
 def test_an_unset_ppd_is_a_failed_open():

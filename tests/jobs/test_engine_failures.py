@@ -1,4 +1,6 @@
 """An engine that is missing, incomplete, or refuses."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import pytest
 

@@ -1,4 +1,6 @@
 """The engine's ini file over jobs."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import os
 

@@ -1,4 +1,6 @@
 """The check before the job and before every page."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import pytest
 

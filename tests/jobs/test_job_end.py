@@ -1,4 +1,6 @@
 """The end of a job: waiting for the printer, the last polls, the shared memory."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import os
 import re

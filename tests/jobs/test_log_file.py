@@ -1,4 +1,6 @@
 """The diagnostic log as a file."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import calendar
 import os

@@ -1,4 +1,6 @@
 """Raster headers that nobody sends on purpose."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import pytest
 

@@ -1,4 +1,6 @@
 """Pages: how many, how long, and which raster headers are refused."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import pytest
 

@@ -1,4 +1,6 @@
 """What reaches the printer: the page's header and the engine's bytes."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import pytest
 

@@ -3,6 +3,8 @@
 The raster that the filter gets is read here once more by the system's reader, and lines all over the
 page are followed to the engine byte by byte.
 """
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import ctypes
 import ctypes.util

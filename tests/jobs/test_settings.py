@@ -1,4 +1,6 @@
 """The settings file: what it changes, and what a bad one leaves alone."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import plistlib
 

@@ -1,4 +1,6 @@
 """The printer's conditions while a page prints."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import pytest
 

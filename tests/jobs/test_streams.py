@@ -1,4 +1,6 @@
 """Standard input and output that misbehave."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import os
 import signal

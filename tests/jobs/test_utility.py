@@ -1,4 +1,6 @@
 """The printer utility: when it is told, and how it can misbehave."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import pytest
 

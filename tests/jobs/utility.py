@@ -1,4 +1,6 @@
 """The scripted printer utility on its Unix-domain socket."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import socket
 import threading

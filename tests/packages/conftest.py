@@ -1,4 +1,6 @@
 """The packages, built once for all tests here, and a root with CUPS that each test has a copy of."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import os
 import shutil

@@ -1,4 +1,6 @@
 """CUPS in a Debian root: its scheduler, a queue on the virtual printer, and the discs."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import json
 import re

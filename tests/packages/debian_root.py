@@ -1,5 +1,7 @@
 """Debian 12 in a folder: made by debootstrap from the machine's own mirror, entered with name
 spaces of its own, so that nothing that runs there outlives it or is seen outside."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import os
 import shutil

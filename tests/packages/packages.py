@@ -1,5 +1,7 @@
 """The packages under test: built by ./package, laid into a folder that apt takes for a repository,
 and packed again under a higher version."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import os
 import re

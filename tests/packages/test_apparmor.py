@@ -1,5 +1,7 @@
 """What the profile of Debian's cupsd means for the filter and the backend. Where the kernel enforces
 nothing, the profile itself is what can be looked at."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import re
 

@@ -1,4 +1,6 @@
 """The packages' own test for Debian's test runs, as autopkgtest runs it."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 from packages import OUT
 

@@ -3,6 +3,8 @@ label printed by CUPS with filter, engine and virtual printer of that architectu
 
 All that is installed for it goes into a root of its own, which begins as Debian's smallest system:
 ./package is tried there as on a fresh machine."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import shutil
 import struct

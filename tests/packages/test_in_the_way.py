@@ -1,6 +1,8 @@
 """What an administrator meets when something of his own stands at the filter's fixed paths, or when
 the machine is not in order: one sentence a cause, nothing of his lost, a package that is in a state
 that dpkg knows."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import pytest
 

@@ -1,5 +1,7 @@
 """A machine's life with the packages: installed, printed with, upgraded while the queue is in use,
 removed and purged, after which nothing is left. The transcript goes to the build folder."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import re
 

@@ -1,4 +1,6 @@
 """Debian's own checker finds nothing, and every override gives its reason."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 from packages import REPOSITORY, run
 

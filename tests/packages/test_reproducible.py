@@ -1,4 +1,6 @@
 """Two builds that differ in everything around them give the same packages, byte for byte."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import hashlib
 import shutil

@@ -2,6 +2,8 @@
 
 Written from the formulas, in numpy, independently of what the engine and the printer compute.
 """
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import numpy as np
 

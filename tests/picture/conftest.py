@@ -1,4 +1,6 @@
 """Lets the tests import the bench's modules and those of the demonstration."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import os
 import sys

@@ -1,5 +1,7 @@
 """A label on its way to a disc: the raster that the distribution's filters make of it, the filter
 with the open engine in a private root, the virtual printer, and the decoded disc."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import functools
 import json

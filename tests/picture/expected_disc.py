@@ -3,6 +3,8 @@
 The ring comes from the PPD's choices, once by the requirements' whole-number arithmetic (which
 rounds the hole a little) and once as plain circles in millimetres.
 """
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import functools
 

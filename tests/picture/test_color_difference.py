@@ -1,4 +1,6 @@
 """The colour difference against the published test pairs, the low-pass against its definition."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import numpy as np
 import pytest

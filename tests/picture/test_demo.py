@@ -1,4 +1,6 @@
 """./demo's own part: bad input is told in one sentence, and nothing half-done is left behind."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import fcntl
 import io

@@ -1,4 +1,6 @@
 """The printed disc is the label: colours, edges, ring and orientation, for both engine families."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import numpy as np
 import pytest

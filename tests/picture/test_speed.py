@@ -1,4 +1,6 @@
 """A page costs little processor time, from the raster to the printer's bytes."""
+# SPDX-FileCopyrightText: The rastertoZR7700 authors
+# SPDX-License-Identifier: Apache-2.0
 
 import pytest
 

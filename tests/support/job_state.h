@@ -1,4 +1,6 @@
 // The process-wide state of a job, as it is when a process starts.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_TESTS_SUPPORT_JOB_STATE_H_
 #define ZR7700_TESTS_SUPPORT_JOB_STATE_H_
 

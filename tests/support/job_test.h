@@ -1,4 +1,6 @@
 // The fixture of tests that work on the process-wide job state.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_TESTS_SUPPORT_JOB_TEST_H_
 #define ZR7700_TESTS_SUPPORT_JOB_TEST_H_
 

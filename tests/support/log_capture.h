@@ -1,4 +1,6 @@
 // The diagnostic log of a test, read back line by line without its dates.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_TESTS_SUPPORT_LOG_CAPTURE_H_
 #define ZR7700_TESTS_SUPPORT_LOG_CAPTURE_H_
 

@@ -1,4 +1,6 @@
 // A real PPD file with its defaults marked.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_TESTS_SUPPORT_MARKED_PPD_H_
 #define ZR7700_TESTS_SUPPORT_MARKED_PPD_H_
 

@@ -1,5 +1,8 @@
 /* An engine library whose entry number n answers 100 + n and does nothing. ZR7700_WITHOUT_TRAY
- * leaves entry 21 out. */
+ * leaves entry 21 out.
+ *
+ * SPDX-FileCopyrightText: The rastertoZR7700 authors
+ * SPDX-License-Identifier: Apache-2.0 */
 #include <stdint.h>
 
 #define ENTRY(name, number) \

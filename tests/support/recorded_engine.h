@@ -1,4 +1,6 @@
 // An engine that does nothing but write down how it is called.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_TESTS_SUPPORT_RECORDED_ENGINE_H_
 #define ZR7700_TESTS_SUPPORT_RECORDED_ENGINE_H_
 

@@ -1,4 +1,6 @@
 // What a piece of code writes to standard error or standard output.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_TESTS_SUPPORT_STREAM_CAPTURE_H_
 #define ZR7700_TESTS_SUPPORT_STREAM_CAPTURE_H_
 

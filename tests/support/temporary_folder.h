@@ -1,4 +1,6 @@
 // A folder that lives as long as the object.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_TESTS_SUPPORT_TEMPORARY_FOLDER_H_
 #define ZR7700_TESTS_SUPPORT_TEMPORARY_FOLDER_H_
 

@@ -2,8 +2,10 @@
 //
 // A header comes from outside and may hold any number there; reading it as an enumeration that does
 // not reach so far would be undefined.
-#ifndef ZR7700_ENGINE_RASTER_HEADER_H_
-#define ZR7700_ENGINE_RASTER_HEADER_H_
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
+#ifndef ZR7700_DISC_RASTER_HEADER_H_
+#define ZR7700_DISC_RASTER_HEADER_H_
 
 #include <cups/raster.h>
 
@@ -30,4 +32,4 @@ inline uint32_t ColorOrderOf(const cups_page_header2_t& header) {
 
 }  // namespace zr7700
 
-#endif  // ZR7700_ENGINE_RASTER_HEADER_H_
+#endif  // ZR7700_DISC_RASTER_HEADER_H_

@@ -1,0 +1,108 @@
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
+#include "page_fitter/fitter_job.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <optional>
+#include <string>
+
+#include "disc/page_writer.h"
+#include "disc/user_message.h"
+#include "page_fitter/page_fitter.h"
+
+namespace zr7700 {
+namespace {
+
+constexpr double kBlurred_dpi = 150;
+
+bool Refuse(const std::string& sentence) {
+  TellError(sentence);
+  return false;
+}
+
+int Fail(const std::string& sentence) {
+  TellError(sentence);
+  return 1;
+}
+
+class FitterJob {
+ public:
+  FitterJob(const FilterArguments& arguments, const TargetPage& target, Canvas& canvas)
+      : fitter_(target, ScalingOf(arguments.option_count, arguments.options),
+                PositionOf(arguments.option_count, arguments.options), canvas),
+        canvas_(canvas),
+        writer_(STDOUT_FILENO) {}
+
+  // All pages of the document, once. False, with a sentence told, when one cannot go on.
+  bool FitDocument(int descriptor) {
+    PageReader reader(descriptor);
+    if (!reader.IsRaster()) return RefuseStart(reader);
+    cups_page_header2_t header;
+    PageReader::Next next;
+    while ((next = reader.NextPage(header)) == PageReader::Next::kPage) {
+      const std::string complaint = fitter_.Fit(reader, header);
+      if (!complaint.empty()) return Refuse(complaint);
+      WarnOfBlur();
+      if (!HandOn(std::max(header.NumCopies, 1U))) return false;
+    }
+    return next == PageReader::Next::kEnd ||
+           Refuse("The document broke off before its end; print it again.");
+  }
+
+ private:
+  static bool RefuseStart(const PageReader& reader) {
+    return Refuse(reader.IsEmpty()
+                      ? "No page came to be printed; choose pages that the document has, or look "
+                        "whether it opens in another program."
+                      : "The document is no CUPS raster; print the picture or the PDF itself.");
+  }
+
+  void WarnOfBlur() {
+    if (warned_ || fitter_.dots_an_inch() >= kBlurred_dpi) return;
+    warned_ = true;
+    TellWarning("The page has only " + std::to_string(static_cast<int>(fitter_.dots_an_inch())) +
+                " dots an inch on the disc and will look blurred; send it with 300 or more.");
+  }
+
+  // The printer knows no copies: every disc is a page of its own.
+  bool HandOn(unsigned copies) {
+    for (unsigned copy = 0; copy < copies; ++copy) {
+      if (!writer_.Write(fitter_.header(), canvas_)) {
+        return Refuse(std::string("The printer's filter has stopped taking the page (") +
+                      std::strerror(errno) + "); print the job again.");
+      }
+    }
+    TellPage(++pages_, copies);
+    return true;
+  }
+
+  PageFitter fitter_;
+  Canvas& canvas_;
+  PageWriter writer_;
+  unsigned pages_ = 0;
+  bool warned_ = false;
+};
+
+}  // namespace
+
+int RunFitterJob(const FilterArguments& arguments) {
+  std::string error;
+  const auto target = ReadTargetPage(arguments.option_count, arguments.options, error);
+  if (!target) return Fail(error);
+  auto canvas = Canvas::Create(target->header.cupsWidth, target->header.cupsHeight);
+  if (!canvas) return Fail("There is no memory for the page; print again later.");
+  const int descriptor = OpenDocument(arguments);
+  if (descriptor < 0) return 1;
+  FitterJob job(arguments, *target, *canvas);
+  for (int copy = 0; copy < arguments.copies; ++copy) {
+    if (copy > 0) lseek(descriptor, 0, SEEK_SET);
+    if (!job.FitDocument(descriptor)) return 1;
+  }
+  return 0;
+}
+
+}  // namespace zr7700

@@ -1,0 +1,117 @@
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
+#include "page_fitter/page_layout.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace zr7700 {
+namespace {
+
+constexpr double kPointsPerInch = 72;
+// A page is the disc's own when it is as large within so many points: 226 and 227 are both what the
+// 80 mm of a small disc are rounded to.
+constexpr double kSameSize_points = 2;
+constexpr double kMiddle_points = 1;
+
+// One dimension of a layout; lengths in points unless they say otherwise.
+struct Axis {
+  unsigned raster_dots;
+  unsigned raster_dpi;
+  double page;        // the raster's page
+  double box_middle;  // of the raster on its page, from the left or upper edge
+  unsigned disc_dots;
+  unsigned disc_dpi;
+  int side;  // -1, 0 or 1: where a page goes that is not the disc's own
+};
+
+struct Span {
+  int64_t first_dot;
+  int64_t dots;
+};
+
+// Neither NaN nor of a size that no page has.
+bool IsLength(double points) { return points >= 1 && points <= 1e6; }
+
+// The length of the page: never less than the raster on it, whatever the header says.
+double PageLength(double exact, unsigned whole, unsigned raster_dots, unsigned raster_dpi) {
+  const double raster = raster_dots * kPointsPerInch / raster_dpi;
+  return std::max(IsLength(exact) ? exact : std::min(whole, 1000000U), raster);
+}
+
+// The middle of a box; that of the page when there is no box or it lies elsewhere.
+double BoxMiddle(double exact_from, double exact_to, unsigned from, unsigned to, double page) {
+  const bool exact = IsLength(exact_to - exact_from);
+  const double middle = exact ? (exact_from + exact_to) / 2 : (double{1} * from + to) / 2;
+  const bool is_box = exact || to > from;
+  const bool in_middle = std::abs(middle - page / 2) <= kMiddle_points;
+  return is_box && !in_middle && middle >= 0 && middle <= page ? middle : page / 2;
+}
+
+Axis Across(const cups_page_header2_t& header, const TargetPage& target, Position position) {
+  const double page = PageLength(header.cupsPageSize[0], header.PageSize[0], header.cupsWidth,
+                                 header.HWResolution[0]);
+  const float* const exact = header.cupsImagingBBox;
+  const unsigned* const box = header.ImagingBoundingBox;
+  return {.raster_dots = header.cupsWidth,
+          .raster_dpi = header.HWResolution[0],
+          .page = page,
+          .box_middle = BoxMiddle(exact[0], exact[2], box[0], box[2], page),
+          .disc_dots = target.header.cupsWidth,
+          .disc_dpi = target.header.HWResolution[0],
+          .side = position.horizontal};
+}
+
+// Boxes count from the lower edge, dots from the upper one.
+Axis Down(const cups_page_header2_t& header, const TargetPage& target, Position position) {
+  const double page = PageLength(header.cupsPageSize[1], header.PageSize[1], header.cupsHeight,
+                                 header.HWResolution[1]);
+  const float* const exact = header.cupsImagingBBox;
+  const unsigned* const box = header.ImagingBoundingBox;
+  return {.raster_dots = header.cupsHeight,
+          .raster_dpi = header.HWResolution[1],
+          .page = page,
+          .box_middle = page - BoxMiddle(exact[1], exact[3], box[1], box[3], page),
+          .disc_dots = target.header.cupsHeight,
+          .disc_dpi = target.header.HWResolution[1],
+          .side = position.vertical};
+}
+
+double DiscLength(const Axis& axis) { return axis.disc_dots * kPointsPerInch / axis.disc_dpi; }
+
+bool IsDiscLength(const Axis& axis) {
+  return std::abs(axis.page - DiscLength(axis)) <= kSameSize_points;
+}
+
+// From the middle of the page the raster's middle keeps its way, scaled. Halves of a dot go to the
+// left and up.
+Span LayOutAxis(const Axis& axis, double scale, bool own_page) {
+  const double dots = axis.raster_dots * scale * axis.disc_dpi / axis.raster_dpi;
+  const int64_t length = std::max<int64_t>(1, std::llround(dots));
+  const double free = own_page ? 0 : DiscLength(axis) - axis.page * scale;
+  const double from_middle = (axis.box_middle - axis.page / 2) * scale + axis.side * free / 2;
+  const double middle = axis.disc_dots / 2.0 + from_middle * axis.disc_dpi / kPointsPerInch;
+  return {.first_dot = static_cast<int64_t>(std::floor(middle - static_cast<double>(length) / 2)),
+          .dots = length};
+}
+
+}  // namespace
+
+Place LayOut(const cups_page_header2_t& header, const TargetPage& target, Scaling scaling,
+             Position position) {
+  const Axis across = Across(header, target, position);
+  const Axis down = Down(header, target, position);
+  const bool own_page = IsDiscLength(across) && IsDiscLength(down);
+  const double scale = own_page
+                           ? 1
+                           : ScaleFor(scaling, {.width = across.page, .height = down.page},
+                                      {.width = DiscLength(across), .height = DiscLength(down)});
+  const Span horizontal = LayOutAxis(across, scale, own_page);
+  const Span vertical = LayOutAxis(down, scale, own_page);
+  return {.left = horizontal.first_dot,
+          .top = vertical.first_dot,
+          .width = horizontal.dots,
+          .height = vertical.dots};
+}
+
+}  // namespace zr7700
