@@ -17,3 +17,16 @@ endfunction()
 
 cups_folder(ZR7700_CUPS_SERVERBIN --serverbin /usr/lib/cups "Where CUPS keeps its filters and backends")
 cups_folder(ZR7700_CUPS_DATADIR --datadir /usr/share/cups "Where CUPS keeps its data")
+
+# What lies at the fixed paths (driver/paths.h). A package installs it where a distribution keeps such
+# files, and the fixed paths become links to there; everybody else installs to the paths themselves.
+set(zr7700_resources ${ZR7700_ROOT}/Library/Printers/Tessary/ZR7700.bundle/Contents/Resources)
+if(ZR7700_DISTRIBUTION)
+  set(zr7700_engine_destination lib/zr7700/engine)
+  set(zr7700_tables_destination share/zr7700/engine)
+  set(zr7700_catalogues_destination share/locale)
+else()
+  set(zr7700_engine_destination /Library/Printers/Tessary/Frameworks)
+  set(zr7700_tables_destination /Users/Shared/Tessary/ZR7700/Frameworks)
+  set(zr7700_catalogues_destination ${zr7700_resources}/locale)
+endif()

@@ -3,7 +3,7 @@
 # SPDX-FileCopyrightText: The rastertoZR7700 authors
 # SPDX-License-Identifier: Apache-2.0
 
-if(NOT ZR7700_ROOT)
+if(NOT ZR7700_ROOT AND NOT ZR7700_DISTRIBUTION)
   # The log's folder is everybody's, as filters and their tests run as different users. The engine's
   # ini files are rewritten by the filter, which CUPS runs in the group lp.
   install(CODE [[

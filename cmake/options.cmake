@@ -3,7 +3,7 @@
 # SPDX-License-Identifier: Apache-2.0
 
 add_library(zr7700_options INTERFACE)
-target_include_directories(zr7700_options INTERFACE ${CMAKE_SOURCE_DIR})
+target_include_directories(zr7700_options INTERFACE ${CMAKE_CURRENT_LIST_DIR}/..)
 target_compile_options(zr7700_options INTERFACE
   $<$<COMPILE_LANGUAGE:C,CXX>:-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
     -Wcast-qual -Wformat=2 -Wundef -Wvla>

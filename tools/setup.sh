@@ -23,9 +23,9 @@ is_installed() {
   [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
 }
 
-# install_packages NAME...: services that come with them are not started now, which is what Debian's
+# apt_get COMMAND...: services that come with packages are not started now, which is what Debian's
 # policy-rc.d is for. Ours goes with the shell, or with the next installation if that was killed.
-install_packages() {
+apt_get() {
   as_root sh -c '
     policy=/usr/sbin/policy-rc.d
     mark="# While packages are installed for rastertoZR7700."
@@ -37,8 +37,15 @@ install_packages() {
       printf "#!/bin/sh\n%s\nexit 101\n" "$mark" >"$policy" && chmod 755 "$policy"
     fi
     apt-get update &&
-      DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "$@"
+      DEBIAN_FRONTEND=noninteractive apt-get -y --no-install-recommends "$@"
   ' sh "$@"
+}
+
+install_packages() { apt_get install "$@"; }
+
+# install_build_dependencies ARCHITECTURE PROFILES: what debian/control asks for.
+install_build_dependencies() {
+  apt_get build-dep --host-architecture "$1" --build-profiles "$2" "$PWD"
 }
 
 # need_packages NAME...: installs those that are missing.
