@@ -12,7 +12,7 @@ from debian_root import snapshot
 from packages import NAMES, OUT, next_version, repository
 
 DRIVER = "printer-driver-zr7700"
-HIGHER = "1.4.0"
+HIGHER = "9.0"
 # What apt, dpkg and CUPS keep of what they have done, and the test's own folders.
 LEFT_OUT = {"/proc", "/dev", "/sys", "/tmp", "/repository", "/srv", "/run/cups", "/var/cache/apt",
             "/var/lib/apt", "/var/log/apt", "/var/log/dpkg.log", "/var/lib/dpkg/status",
