@@ -68,7 +68,7 @@ CASES = [
     Case("jpg small fit", "p.jpg", SMALL, SMALL_FIT_MM, "print-scaling=fit"),
     Case("png small fill", "p.png", SMALL, None, "print-scaling=fill"),
     Case("jpg small none", "p.jpg", SMALL, SMALL_MM, "print-scaling=none"),
-    Case("gif small none", "p.bmp", SMALL, None, "print-scaling=fill"),
+    Case("bmp small fill", "p.bmp", SMALL, None, "print-scaling=fill"),
     # Turned because the job says so.
     Case("png tall 4", "p.png", TALL, WIDE_MM, "orientation-requested=4", turned=90),
     Case("jpg wide 5", "p.jpg", WIDE, TALL_MM, "orientation-requested=5", turned=270),
