@@ -44,11 +44,7 @@ class FitterJob {
   // All pages of the document, once. False, with a sentence told, when one cannot go on.
   bool FitDocument(int descriptor) {
     PageReader reader(descriptor);
-    if (reader.IsEmpty()) {
-      return Refuse(
-          "No page came to be printed; choose pages that the document has, or look "
-          "whether it opens in another program.");
-    }
+    if (reader.IsEmpty()) return RefuseNothing();
     if (!reader.IsRaster()) {
       return Refuse("The document is no CUPS raster; print the picture or the PDF itself.");
     }
@@ -57,7 +53,8 @@ class FitterJob {
     while ((next = reader.NextPage(header)) == PageReader::Next::kPage) {
       if (!FitPage(reader, header)) return false;
     }
-    return next == PageReader::Next::kEnd || RefuseCutShort();
+    if (next != PageReader::Next::kEnd) return RefuseCutShort();
+    return pages_ > 0 || RefuseNothing();  // a raster may be a beginning without pages
   }
 
   unsigned pages() const { return pages_; }
@@ -115,6 +112,12 @@ class FitterJob {
     return place == all && header.cupsWidth == target_.header.cupsWidth &&
            header.cupsHeight == target_.header.cupsHeight && header.NumCopies == 1 &&
            header.cupsColorSpace == CUPS_CSPACE_RGB;
+  }
+
+  static bool RefuseNothing() {
+    return Refuse(
+        "No page came to be printed; choose pages that the document has, or look whether it opens "
+        "in another program.");
   }
 
   static bool RefuseCutShort() {
