@@ -40,7 +40,10 @@ class FitterJob {
   // All pages of the document, once. False, with a sentence told, when one cannot go on.
   bool FitDocument(int descriptor) {
     PageReader reader(descriptor);
-    if (!reader.IsRaster()) return RefuseStart(reader);
+    if (reader.IsEmpty()) return RefuseNothing();
+    if (!reader.IsRaster()) {
+      return Refuse("The document is no CUPS raster; print the picture or the PDF itself.");
+    }
     cups_page_header2_t header;
     PageReader::Next next;
     while ((next = reader.NextPage(header)) == PageReader::Next::kPage) {
@@ -49,16 +52,17 @@ class FitterJob {
       WarnOfBlur();
       if (!HandOn(std::max(header.NumCopies, 1U))) return false;
     }
-    return next == PageReader::Next::kEnd ||
-           Refuse("The document broke off before its end; print it again.");
+    if (next != PageReader::Next::kEnd) {
+      return Refuse("The document broke off before its end; print it again.");
+    }
+    return pages_ > 0 || RefuseNothing();  // a raster may be a beginning without pages
   }
 
  private:
-  static bool RefuseStart(const PageReader& reader) {
-    return Refuse(reader.IsEmpty()
-                      ? "No page came to be printed; choose pages that the document has, or look "
-                        "whether it opens in another program."
-                      : "The document is no CUPS raster; print the picture or the PDF itself.");
+  static bool RefuseNothing() {
+    return Refuse(
+        "No page came to be printed; choose pages that the document has, or look whether it opens "
+        "in another program.");
   }
 
   void WarnOfBlur() {

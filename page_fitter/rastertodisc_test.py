@@ -190,6 +190,7 @@ def lines_cut(data, share):
 
 REFUSED = [
     ("nothing", b"", "No page came"),
+    ("a raster without pages", raster.stream([]), "No page came"),
     ("no raster", b"hello, this is text\n" * 100, "no CUPS raster"),
     ("cut in the header", lines_cut(raster.stream([even_page(99, 99)], version=3), 0.02), "broke off"),
     ("cut in the lines", lines_cut(raster.stream([even_page(99, 99)], version=3), 0.9), "broke off"),

@@ -3,9 +3,8 @@
 # SPDX-License-Identifier: Apache-2.0
 
 import ctypes
-import ctypes.util
 
-_cups = ctypes.CDLL(ctypes.util.find_library("cups"))
+_cups = ctypes.CDLL("libcups.so.2")
 
 
 class _Choice(ctypes.Structure):
@@ -51,6 +50,8 @@ for _name, _result, _arguments in (
         ("cupsParseOptions", ctypes.c_int,
          [ctypes.c_char_p, ctypes.c_int, ctypes.POINTER(_Settings)]),
         ("cupsMarkOptions", ctypes.c_int, [ctypes.c_void_p, ctypes.c_int, _Settings]),
+        ("cupsGetConflicts", ctypes.c_int,
+         [ctypes.c_void_p, ctypes.c_char_p, ctypes.c_char_p, ctypes.POINTER(_Settings)]),
         ("cupsResolveConflicts", ctypes.c_int,
          [ctypes.c_void_p, ctypes.c_char_p, ctypes.c_char_p, ctypes.POINTER(ctypes.c_int),
           ctypes.POINTER(_Settings)])):
@@ -96,6 +97,14 @@ class Ppd:
     def conflicts(self):
         """How many constraints the marked choices break."""
         return _cups.ppdConflicts(self._file)
+
+    def conflicting(self, option, choice):
+        """The marked choices that a choice cannot be had together with: {option: choice}."""
+        settings = _Settings()
+        count = _cups.cupsGetConflicts(self._file, option.encode(), choice.encode(), settings)
+        found = {settings[i].name.decode(): settings[i].value.decode() for i in range(count)}
+        found.pop(option, None)
+        return found
 
     def resolved(self, option, choice):
         """What a dialogue would set besides when somebody takes this choice, or None."""

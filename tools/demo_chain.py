@@ -1,8 +1,9 @@
-"""One label on its way to the disc: the processes between the file and the picture.
+"""One label on its way to the disc: the processes between the file and the picture, started as the
+scheduler starts them.
 
-label ─► (imagetopdf | pdftopdf) ─► gstoraster ─► rastertoZR7700 ─► zr7700-printer ─► picture
-                                                        ▲                 │
-                                                        └─ descriptor 3 ──┘ status records
+label ─► filters before ours ─► rastertoZR7700 ─► zr7700-printer ─► picture
+                                       ▲                │
+                                       └─ descriptor 3 ─┘ status records
 """
 # SPDX-FileCopyrightText: The rastertoZR7700 authors
 # SPDX-License-Identifier: Apache-2.0
@@ -12,91 +13,71 @@ import os
 import re
 import shutil
 import signal
+import socket
 import subprocess
 import time
 
-import demo_options
 import demo_stop
 from demo_label import Refused
 
-FILTERS = "/usr/lib/cups/filter"
 PATIENCE_S = 90  # a job that gets no further for so long will never end
 SCARCE_BYTES = 30 << 20  # with less than this left on the disk, a failure is put down to it
 FAREWELL_S = 1.0  # what the filter gets to clean up; its wait for an idle printer is cut short
+CHANNELS = (3, 4)  # where filters expect the back channel and the side channel
 
-_SCALING = ("print-scaling", "fit-to-page", "natural-scaling", "scaling", "ppi")
 
-
-class Job:
-    """What is to be printed. `filter_command` starts the filter, which reads the PPD `ppd`."""
-
-    def __init__(self, label, label_type, options, copies, ppd, filter_command, filter_log):
-        self.label = os.path.abspath(label)
-        self.label_type = label_type
-        self.options = dict(options)
-        # A label fills its disc, unless somebody asks for something else.
-        if not any(name in options for name in _SCALING):
-            self.options["print-scaling"] = "fill"
-        self.copies = copies
-        self.ppd = ppd
-        self.filter_command = filter_command
-        self.filter_log = filter_log
-
-    def arguments(self, copies=1):
-        title = os.path.basename(self.label)
-        return ["1", "demo", title, str(copies), demo_options.text(self.options)]
-
-    def raster_commands(self):
-        """The distribution's filters, as the scheduler would chain them."""
-        first = "pdftopdf" if self.label_type == "application/pdf" else "imagetopdf"
-        return [[f"{FILTERS}/{first}", *self.arguments(self.copies), self.label],
-                [f"{FILTERS}/gstoraster", *self.arguments()]]
-
-    def environment(self, folder):
-        """The processes' environment, with their temporary files in `folder`."""
-        keep = {name: os.environ[name] for name in ("LANG", "TZ") if name in os.environ}
-        return keep | {"PATH": "/usr/bin:/bin", "PPD": self.ppd, "PRINTER": "ZR7700",
-                       "CONTENT_TYPE": self.label_type, "CHARSET": "utf-8", "TMPDIR": folder,
-                       "HOME": folder, "CUPS_DATADIR": "/usr/share/cups",
-                       "CUPS_SERVERBIN": "/usr/lib/cups"}
+def keep_channels_free():
+    """Takes the channels' descriptors from whoever has left them open, before anything else can get
+    them: the processes are given descriptors by the numbers that they have here."""
+    null = os.open(os.devnull, os.O_RDWR)
+    for number in CHANNELS:
+        if number != null:
+            os.dup2(null, number, inheritable=False)
+    if null not in CHANNELS:
+        os.close(null)
 
 
 class Chain:
     """The processes; their standard errors go to files in `folder`. Nothing runs before start, and
     stop is due after it, however it ended."""
 
-    def __init__(self, job, printer_command, folder):
-        self.job = job
+    def __init__(self, label, commands, environment, printer_command, folder, filter_log):
+        self.label = label
         self.folder = folder
         self.processes = {}
+        self._commands = commands
+        self._environment = environment
         self._printer_command = printer_command
-        self._environment = job.environment(folder)
+        self._filter_log = filter_log
 
     def start(self):
         with demo_stop.Held():
             self._start_all()
 
     def _start_all(self):
-        job = self.job
         back_read, back_write = os.pipe()
-        data = subprocess.DEVNULL
-        for command in job.raster_commands():
-            data = self._start(os.path.basename(command[0]), command, data)
-        # The filter expects the back channel at descriptor 3.
-        shell = ["/bin/sh", "-c", f'exec "$@" 3<&{back_read} {back_read}<&-', "sh"]
-        data = self._start("rastertoZR7700",
-                           [*shell, *job.filter_command, *job.arguments()], data, [back_read])
-        self._start("zr7700-printer", [*self._printer_command, "--status-fd", str(back_write)], data,
-                    [back_write], last=True)
+        os.set_blocking(back_read, False)
+        os.dup2(back_read, CHANNELS[0], inheritable=False)
         os.close(back_read)
+        # Nobody answers on the side channel, like a backend that knows none of its questions.
+        self._side, filters_side = socket.socketpair()
+        os.dup2(filters_side.fileno(), CHANNELS[1], inheritable=False)
+        filters_side.close()
+        data = subprocess.DEVNULL
+        for program, words in self._commands:
+            data = self._start(os.path.basename(program), words, data, CHANNELS,
+                               executable=program, umask=0o077)
+        self._start("zr7700-printer", [*self._printer_command, "--status-fd", str(back_write)],
+                    data, [back_write], stdout=subprocess.DEVNULL)
         os.close(back_write)
+        keep_channels_free()
 
-    def _start(self, name, command, data, pass_on=(), last=False):
+    def _start(self, name, words, data, pass_on, **more):
         with open(self._errors(name), "wb") as errors:
             # A session of its own: an interrupt from the keyboard is ours to handle.
             process = subprocess.Popen(
-                command, stdin=data, stdout=subprocess.DEVNULL if last else subprocess.PIPE,
-                stderr=errors, env=self._environment, pass_fds=pass_on, start_new_session=True)
+                words, **{"stdout": subprocess.PIPE, **more}, stdin=data, stderr=errors,
+                env=self._environment, cwd="/", pass_fds=pass_on, start_new_session=True)
         if data != subprocess.DEVNULL:
             data.close()
         self.processes[name] = process
@@ -111,7 +92,7 @@ class Chain:
 
     def run(self, tell):
         """Waits for the end of all; tell(page, percent) hears of the filter's progress."""
-        log, moved = LogTail(self.job.filter_log), time.monotonic()
+        log, moved = LogTail(self._filter_log), time.monotonic()
         while any(process.poll() is None for process in self.processes.values()):
             lines = log.read()
             steps = re.findall(r"Printing page (\d+), (\d+)% complete", lines)
@@ -129,7 +110,7 @@ class Chain:
         wanted = [line for line in self.errors("rastertoZR7700").splitlines()
                   if line.startswith("ERROR: ") and "recovered:" not in line]
         return (f"The job has got no further for {PATIENCE_S} seconds"
-                f"{f' ({wanted[-1]})' if wanted else ''}; look into {self.job.filter_log} and try "
+                f"{f' ({wanted[-1]})' if wanted else ''}; look into {self._filter_log} and try "
                 "again.")
 
     def _watch_disk(self):
@@ -138,25 +119,16 @@ class Chain:
             raise OSError(errno.ENOSPC, os.strerror(errno.ENOSPC))
 
     def _check(self):
-        raster_programs = [os.path.basename(command[0]) for command in self.job.raster_commands()]
-        for name in raster_programs:
-            # The programs after one that failed only see its output end.
-            if self.processes[name].returncode != 0:
-                raise Refused(f"The label {self.job.label} cannot be turned into a page; "
-                              f"save it again or give another ({name}: {self._last(name)}).")
-        name = "rastertoZR7700"
-        if self.processes[name].returncode == 0:
-            return
-        if "No pages found" in LogTail(self.job.filter_log).read():
-            raise Refused(f"No page came out of the label {self.job.label}; choose a page range "
-                          "that it has, or give another label.")
-        raise Refused(f"The filter stopped ({self._last(name)}); look into "
-                      f"{self.job.filter_log} and try again.")
-
-    def _last(self, name):
-        lines = [line.strip() for line in self.errors(name).splitlines() if line.strip()]
-        wrong = [line for line in lines if line.startswith("ERROR")] or lines
-        return wrong[-1] if wrong else f"exit status {self.processes[name].returncode}"
+        """The first sentence of the first filter that has one is what the scheduler shows."""
+        failed = [name for name, process in self.processes.items()
+                  if process.returncode != 0 and name != "zr7700-printer"]
+        for name in failed:
+            sentences = re.findall(r"^ERROR: (?!recovered:)(.+)", self.errors(name), re.M)
+            if sentences:
+                raise Refused(f"The label {self.label} is not printed: {sentences[0].strip()}")
+        if failed:
+            raise Refused(f"The label {self.label} is not printed: the filter {failed[0]} stopped "
+                          f"without a word; give another label, or look into {self._filter_log}.")
 
     def stop(self):
         """Ends what still runs, the filter first: it gives its shared memory back."""
@@ -181,7 +153,7 @@ class Chain:
 
     def _wait_for_setup(self, process):
         """Before its setup the filter does not know of cancels and would give nothing back."""
-        log, deadline = LogTail(self.job.filter_log), time.monotonic() + FAREWELL_S
+        log, deadline = LogTail(self._filter_log), time.monotonic() + FAREWELL_S
         text = ""
         while "SETUP" not in text and process.poll() is None and time.monotonic() < deadline:
             text += log.read()

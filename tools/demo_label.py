@@ -1,4 +1,4 @@
-"""What a label file is, and whether it can be printed at all."""
+"""Whether a label can be read at all, and how many discs a PDF gives."""
 # SPDX-FileCopyrightText: The rastertoZR7700 authors
 # SPDX-License-Identifier: Apache-2.0
 
@@ -12,50 +12,21 @@ class Refused(Exception):
     """One sentence for the person who asked."""
 
 
-# What a file begins with, and the type that the filters know it by.
-_TYPES = (
-    (b"%PDF-", "application/pdf"),
-    (b"\x89PNG\r\n\x1a\n", "image/png"),
-    (b"\xff\xd8\xff", "image/jpeg"),
-    (b"GIF8", "image/gif"),
-    (b"II*\0", "image/tiff"),
-    (b"MM\0*", "image/tiff"),
-)
-# What a whole file of a type ends with, somewhere in its last bytes.
-_ENDS = {"image/png": b"IEND\xaeB`\x82", "image/jpeg": b"\xff\xd9", "application/pdf": b"%%EOF"}
-_TAIL_BYTES = 16384
-
-
-def _open_at_once(path, flags):
-    """A FIFO is not waited for."""
-    return os.open(path, flags | os.O_NONBLOCK)
-
-
-def label_type(path):
-    """The label's type; Refused when there is no such file or when it is no label."""
+def check_file(path):
+    """Refused when there is no such file."""
     try:
-        with open(path, "rb", opener=_open_at_once) as file:
-            if not stat.S_ISREG(os.fstat(file.fileno()).st_mode):
-                raise Refused(f"The label {path} is no file; give a PDF, PNG, JPEG, TIFF or GIF "
-                              "file.")
-            head = file.read(1024)
-            file.seek(0, 2)
-            file.seek(max(0, file.tell() - _TAIL_BYTES))
-            tail = file.read(_TAIL_BYTES)
+        # A FIFO is not waited for.
+        file = os.open(path, os.O_RDONLY | os.O_NONBLOCK)
+        kind = os.fstat(file).st_mode
+        os.close(file)
     except OSError as error:
         raise Refused(f"The label {path} cannot be read ({error.strerror}); "
                       "check its name.") from None
-    for beginning, name in _TYPES:
-        # A PDF's beginning may stand a little after the file's.
-        if head.startswith(beginning) or (name == "application/pdf" and beginning in head):
-            if _ENDS.get(name, b"") not in tail:
-                raise Refused(f"The label {path} is cut short; save or copy it again.")
-            return name
-    raise Refused(f"The label {path} is no picture that can be printed; "
-                  "give a PDF, PNG, JPEG, TIFF or GIF file.")
+    if not stat.S_ISREG(kind):
+        raise Refused(f"The label {path} is no file; give a PDF, a picture or a text.")
 
 
-def check_pdf(path):
+def pages_of_pdf(path):
     """The number of a PDF's pages. Refused when it has none or must not be opened or printed.
     Needs pdfinfo."""
     done = subprocess.run(["pdfinfo", path], capture_output=True, text=True, errors="replace",
@@ -71,3 +42,18 @@ def check_pdf(path):
     if done.returncode != 0 or not pages:
         raise Refused(f"The PDF {path} is damaged; export it again.")
     return int(pages[1])
+
+
+def pages_chosen(pages, options):
+    """How many of so many pages the options page-ranges and page-set leave."""
+    chosen = set(range(1, pages + 1))
+    if "page-ranges" in options:
+        ranges = options["page-ranges"].split(",")
+        chosen &= {page for text in ranges for page in _range(text, pages)}
+    parity = {"odd": 1, "even": 0}.get(options.get("page-set"))
+    return sum(parity in (None, page % 2) for page in chosen)
+
+
+def _range(text, pages):
+    first, dash, last = text.partition("-")
+    return range(int(first), (int(last) if last else pages if dash else int(first)) + 1)

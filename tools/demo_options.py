@@ -3,15 +3,23 @@
 # SPDX-License-Identifier: Apache-2.0
 
 import difflib
+import os
 import re
+import sys
 
 from demo_label import Refused
 
+sys.path.append(os.path.join(os.path.dirname(os.path.abspath(__file__)), "../ppd"))
+
 _SWITCH = ("true|false|yes|no|on|off", "true or false")
 _PERCENT = (r"[1-9]\d?|[1-7]\d\d|800", "a number of per cent from 1 to 800")
-# Options that the distribution's filters know besides those of the PPD, and what each takes: they
-# pass over what they do not understand.
-_FILTER_OPTIONS = {
+# Options that scheduler and filters know besides those of the PPD, and what each takes: they pass
+# over what they do not understand.
+_JOB_OPTIONS = {
+    "copies": (r"[1-9]|1\d|2[0-5]", "a number of discs from 1 to 25"),
+    "media": (r"[A-Za-z0-9][\w.-]*", "a size's name"),
+    "print-color-mode": ("auto|color|monochrome", "auto, color or monochrome"),
+    "print-quality": ("[3-5]", "3 (draft), 4 (normal) or 5 (best)"),
     "page-ranges": (r"[1-9]\d*(-([1-9]\d*)?)?(,[1-9]\d*(-([1-9]\d*)?)?)*", "pages such as 1-3,5"),
     "print-scaling": ("auto|auto-fit|fill|fit|none", "auto, auto-fit, fill, fit or none"),
     "fit-to-page": _SWITCH,
@@ -28,24 +36,19 @@ _FILTER_OPTIONS = {
 
 
 class PpdOptions:
-    """The options of a PPD: name to choices (keyword to text), defaults and constraints."""
+    """The options of the PPD at `path`: their names and choices, and what a job's options mean."""
 
     def __init__(self, path):
-        with open(path, encoding="utf-8") as file:
-            text = file.read()
-        self.choices = {name: {} for name in re.findall(r"^\*OpenUI \*(\w+)", text, re.M)}
-        self.choices.pop("PageRegion", None)
-        for name, keyword, label in re.findall(r"^\*(\w+) ([\w.-]+)(?:/([^:\n]*))?:", text, re.M):
-            if name in self.choices:
-                self.choices[name][keyword] = label
-        self.defaults = {name: choice for name, choice in
-                         re.findall(r"^\*Default(\w+): *(\S+)", text, re.M) if name in self.choices}
-        pairs = re.findall(r'^\*UIConstraints: "?\*(\w+) (\S+) \*(\w+) ([^"\s]+)"?', text, re.M)
-        self.conflicts = {((a, x), (b, y)) for a, x, b, y in pairs}
-        self.conflicts |= {(second, first) for first, second in self.conflicts}
+        import cups_ppd  # needs libcups, which may only be there when this is
+        self._open = lambda asked: cups_ppd.Ppd(path, text(asked))
+        with self._open({}) as ppd:
+            found = ppd.options()
+        found.pop("PageRegion")
+        self.choices = {name: choices for name, (_, _, choices) in found.items()}
+        self._defaults = {name: default for name, (_, default, _) in found.items()}
 
     def check(self, asked):
-        """Refused when an option or a choice is unknown or two of them exclude each other."""
+        """Refused when an option or a choice is unknown or does not go with another one."""
         for name, value in asked.items():
             if not re.fullmatch(r"[\w,.:%/+-]*", value):
                 raise Refused(f'The value "{value}" of the option {name} holds a character that '
@@ -53,31 +56,31 @@ class PpdOptions:
             if name in self.choices:
                 _known(value, self.choices[name], f'The option {name} has no choice "{value}"')
                 continue
-            _known(name, [*self.choices, *_FILTER_OPTIONS], f'There is no option "{name}"')
-            pattern, takes = _FILTER_OPTIONS[name]
+            _known(name, [*self.choices, *_JOB_OPTIONS], f'There is no option "{name}"')
+            pattern, takes = _JOB_OPTIONS[name]
             if not re.fullmatch(pattern, value):
                 raise Refused(f'The option {name} takes {takes}, not "{value}".')
-        for first in asked.items():
-            for second in asked.items():
-                if (first, second) in self.conflicts:
-                    raise Refused(f"{first[0]}={first[1]} and {second[0]}={second[1]} exclude "
-                                  "each other; leave one of them out.")
+        self._check_conflicts(asked)
 
-    def settle(self, asked):
-        """`asked` and, where a default cannot be had together with it, a choice that can: the one
-        whose text begins like the default's, if there is one."""
-        settled = dict(asked)
-        for name, default in self.defaults.items():
-            if name in asked or self._fits(name, default, settled):
-                continue
-            fitting = [c for c in self.choices[name] if self._fits(name, c, settled)]
-            alike = [c for c in fitting
-                     if self.choices[name][c].startswith(self.choices[name][default])]
-            settled[name] = (alike or fitting or [default])[0]
-        return settled
+    def _check_conflicts(self, asked):
+        """The scheduler prints what does not go together as well, but not as anybody wants it."""
+        with self._open(asked) as ppd:
+            for name, choice in asked.items():
+                against = ppd.conflicting(name, choice) if name in self.choices else {}
+                if against:
+                    raise Refused(f"{name}={choice} does not go with {text(against, ' and ')}; "
+                                  "name others, or none of them and print-quality=3, 4 or 5.")
 
-    def _fits(self, name, choice, others):
-        return not any(((name, choice), other) in self.conflicts for other in others.items())
+    def marked(self, asked):
+        """The choice of every option for a job that asks for these, as the scheduler finds it."""
+        with self._open(asked) as ppd:
+            return {name: ppd.marked(name) for name in self.choices}
+
+    def told(self, asked):
+        """What the scheduler tells the filters: what is asked for, and what that means."""
+        meant = {name: choice for name, choice in self.marked(asked).items()
+                 if choice != self._defaults[name]}
+        return meant | asked
 
 
 def _known(word, words, complaint):
@@ -101,5 +104,5 @@ def parse(texts):
     return asked
 
 
-def text(options):
-    return " ".join(f"{name}={value}" for name, value in options.items())
+def text(options, between=" "):
+    return between.join(f"{name}={value}" for name, value in options.items())

@@ -25,23 +25,27 @@ import time
 
 import demo_label
 import demo_options
-import demo_picture
-from demo_chain import SCARCE_BYTES, Chain, Job
+import demo_show
+from demo_chain import SCARCE_BYTES, Chain, keep_channels_free
 from demo_label import Refused
+from demo_queue import TOP, Queue
 
-TOP = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 EXAMPLES = ("labels/concert.pdf", "labels/lake.png")
 ROOM_MIB = 60  # what a job with a label of usual size writes
 MOST_DISCS = 25
-USAGE = """./demo [LABEL ...] [-o NAME=VALUE]... [--cartridge LETTER] [--discs NUMBER]
+REFILLS = 1000  # discs after which nobody stands at the printer any more
+USAGE = """./demo [LABEL ...] [-o NAME=VALUE]... [--cartridge LETTER] [--discs NUMBER] [--no-show]
 
-Prints labels (PDF, PNG, JPEG, TIFF, GIF) on the virtual disc printer and ends with the path of the
-disc's picture. Without a label it prints both examples of labels/.
+Prints labels on the virtual disc printer, through the filters that a print queue would choose for
+them, and shows the picture of the disc. A label is whatever the queue takes: a PDF, a picture (PNG,
+JPEG, TIFF, GIF, BMP), PostScript, a text. Without one it prints both examples of labels/.
 
-  -o NAME=VALUE       an option of the printer, such as PrintQuality=Quality3 or
-                      InnerDiameter=460; several -o are fine (a wrong one names the right ones)
+  -o NAME=VALUE       an option as lp takes it, such as print-quality=5, print-scaling=fill,
+                      media=80x80mm.Fullbleed or InnerDiameter=460; several -o are fine (a wrong
+                      one names the right ones)
   --cartridge LETTER  Q or P: the engine family Granite; U or V: Heron (Q)
-  --discs NUMBER      copies of each label, 1 to 25 (1)
+  --discs NUMBER      copies of each label, 1 to 25 (1); -o copies=NUMBER is the same
+  --no-show           only say where the picture is
   --help              say this
   --version           say the version
 """
@@ -57,7 +61,8 @@ def read_arguments(words):
     parser.add_argument("labels", nargs="*")
     parser.add_argument("-o", dest="options", action="append", default=[])
     parser.add_argument("--cartridge", default="Q")
-    parser.add_argument("--discs", default="1")
+    parser.add_argument("--discs")
+    parser.add_argument("--no-show", dest="show", action="store_false")
     parser.add_argument("--build")
     parser.add_argument("--check-arguments", action="store_true")
     parser.add_argument("-h", "--help", action="store_true")
@@ -67,10 +72,11 @@ def read_arguments(words):
     arguments.labels += words[end + 1:]
     if arguments.cartridge not in ("Q", "P", "U", "V"):
         raise Refused(f'There is no cartridge "{arguments.cartridge}"; it can be Q, P, U or V.')
-    if not re.fullmatch("[0-9]{1,9}", arguments.discs) or not 1 <= int(arguments.discs) <= MOST_DISCS:
-        raise Refused(f'The number of discs can be 1 to {MOST_DISCS}, not "{arguments.discs}".')
-    arguments.discs = int(arguments.discs)
     arguments.options = demo_options.parse(arguments.options)
+    discs = arguments.discs or arguments.options.pop("copies", "1")
+    if not re.fullmatch("[0-9]{1,9}", discs) or not 1 <= int(discs) <= MOST_DISCS:
+        raise Refused(f'The number of discs can be 1 to {MOST_DISCS}, not "{discs}".')
+    arguments.discs = int(discs)
     if not arguments.labels:
         arguments.labels = [os.path.join(TOP, example) for example in EXAMPLES]
     return arguments
@@ -84,7 +90,8 @@ def need_room(folder):
 
 
 class Progress:
-    """One line that grows (or, on a terminal, is written over) while a label is printed."""
+    """One line that grows (or, on a terminal, is written over) while a label is printed. `discs`
+    is how many there will be, 0 when nobody knows."""
 
     def __init__(self, name, discs):
         self._name, self._discs = name, discs
@@ -98,7 +105,8 @@ class Progress:
         if step == self._shown:
             return
         self._shown = step
-        disc = f" disc {page} of {self._discs}," if self._discs > 1 else ""
+        several = page > 1 if self._discs == 0 else self._discs > 1
+        disc = f" disc {page}{f' of {self._discs}' if self._discs else ''}," if several else ""
         if self._terminal:
             filled = "#" * (percent // 4)
             print(f"\rPrinting {self._name}:{disc} [{filled:<25}] {percent:3d} %", end="",
@@ -118,10 +126,10 @@ class Demo:
         self.root = os.path.join(self.build, "root")
         self.discs = os.path.join(self.build, "discs")
         self.log = os.path.join(self.root, "Library/Caches/ZR7700Filter.log")
-        ppd = demo_options.PpdOptions(self.ppd)
-        ppd.check(arguments.options)
-        self.options = ppd.settle(arguments.options)
-        self.quality = self.options.get("PrintQuality", ppd.defaults["PrintQuality"])
+        options = demo_options.PpdOptions(self.ppd)
+        options.check(arguments.options)
+        self.options = demo_options.text(options.told(arguments.options))
+        self.quality = options.marked(arguments.options)["PrintQuality"]
         for folder in (self.discs, os.path.dirname(self.log),
                        os.path.join(self.root, "var/tmp/tessary")):
             os.makedirs(folder, exist_ok=True)
@@ -138,25 +146,33 @@ class Demo:
             if name.startswith("job-"):
                 shutil.rmtree(os.path.join(self.build, name), ignore_errors=True)
 
-    def print_label(self, label, name):
-        need_room(self.discs)
+    def print_all(self, paths):
         with tempfile.TemporaryDirectory(prefix="job-", dir=self.build) as folder:
-            started = time.monotonic()
-            report, messages = self._run(folder, label, name)
-            self._keep_pictures(folder, report, name)
-        tell_report(report, messages, self.quality, time.monotonic() - started)
+            queue = Queue(os.path.join(folder, "queue"), self.build, self.ppd)
+            labels = [Label(path, queue, self.arguments) for path in paths]
+            for label, name in zip(labels, names_of(paths)):
+                self.print_label(label, queue, name, os.path.join(folder, name))
 
-    def _run(self, folder, label, name):
+    def print_label(self, label, queue, name, folder):
+        need_room(self.discs)
+        started = time.monotonic()
+        os.mkdir(folder)
+        report, messages = self._run(folder, label, queue, name)
+        self._keep_pictures(folder, report, name)
+        tell_report(report, messages, self.quality, time.monotonic() - started)
+        if self.arguments.show:
+            demo_show.show(report["discs"][0]["small_picture"])
+
+    def _run(self, folder, label, queue, name):
         if os.path.exists(self.log):
             os.remove(self.log)
         report = os.path.join(folder, "report.json")
         printer = [os.path.join(self.build, "zr7700-printer"), "--out", folder, "--name", name,
                    "--report", report, "--cartridge", self.arguments.cartridge,
-                   "--script", self._write_script(folder, label.pages * self.arguments.discs)]
-        job = Job(label.path, label.type, self.options, self.arguments.discs, self.ppd,
-                  [os.path.join(self.build, "rastertoZR7700")], self.log)
-        progress = Progress(os.path.basename(label.path), label.pages * self.arguments.discs)
-        chain = Chain(job, printer, folder)
+                   "--script", self._write_script(folder)]
+        chain = Chain(label.path, queue.commands(label.path, self.arguments.discs, self.options),
+                      queue.environment(label.path, folder), printer, folder, self.log)
+        progress = Progress(os.path.basename(label.path), label.discs)
         try:
             chain.start()
             chain.run(progress)
@@ -169,11 +185,11 @@ class Demo:
             progress.end()
         return self._read_report(report, chain), chain.errors("rastertoZR7700")
 
-    def _write_script(self, folder, pages):
+    def _write_script(self, folder):
         """Nobody stands at this printer: it gets discs and ink before it runs out of them."""
         path = os.path.join(folder, "printer.script")
         with open(path, "w", encoding="ascii") as file:
-            for page in range(1, pages + 1):
+            for page in range(1, REFILLS + 1):
                 file.write(f"after page {page} bin 25\nafter page {page} ink full\n")
         return path
 
@@ -225,8 +241,9 @@ def tell_report(report, messages, quality, seconds):
     drops = sum(count for disc in discs for sizes in disc["drops"].values()
                 for count in sizes.values())
     first = discs[0]
+    passes = first["passes"]
     print(f"  pages    {report['pages']}, {first['resolution_dpi']} dpi, {quality}, "
-          f"engine family {first['family']}, {first['passes']} passes")
+          f"engine family {first['family']}, {passes} pass{'es' * (passes > 1)}")
     print(f"  dots     {drops:,} drops in {report['stream_bytes']:,} bytes")
     print(f"  ink      {ink_text(discs)}")
     lines = status_lines(messages)
@@ -237,47 +254,41 @@ def tell_report(report, messages, quality, seconds):
 
 
 class Label:
-    """A label file: its path, type and number of pages (a picture has one)."""
+    """A label file and how many discs it gives, 0 when only printing it tells."""
 
-    def __init__(self, path):
+    def __init__(self, path, queue, arguments):
         self.path = path
-        self.type = demo_label.label_type(path)
-        self.pages = 1
-        if self.type != "application/pdf":
-            demo_picture.check(path, self.type)
-
-    def count_pages(self):
-        if self.type == "application/pdf":
-            self.pages = demo_label.check_pdf(self.path)
-
-    def name(self):
-        """What its pictures' names begin with."""
-        stem = os.path.splitext(os.path.basename(self.path))[0]
-        return re.sub(r"[^\w.-]", "_", stem).lstrip(".") or "label"
+        kind = queue.kind(path)
+        if queue.filters(path)[0] == "pdftodisc":
+            pages = demo_label.pages_of_pdf(path)
+            self.discs = demo_label.pages_chosen(pages, arguments.options) * arguments.discs
+        else:
+            self.discs = arguments.discs if kind in ("image/png", "image/jpeg") else 0
 
 
-def names_of(labels):
-    """A name for each label; labels of the same name are numbered."""
+def names_of(paths):
+    """For each label what its pictures' names begin with; labels of the same name are numbered."""
     names = []
-    for label in labels:
-        tries = (f"{label.name()}_{n}" if n > 1 else label.name() for n in itertools.count(1))
-        names.append(next(name for name in tries if name not in names))
+    for path in paths:
+        stem = os.path.splitext(os.path.basename(path))[0]
+        name = re.sub(r"[^\w.-]", "_", stem).lstrip(".") or "label"
+        tries = (f"{name}_{n}" if n > 1 else name for n in itertools.count(1))
+        names.append(next(name for name in tries if name not in ("queue", *names)))
     return names
 
 
 def print_all(arguments):
-    labels = [Label(path) for path in arguments.labels]
+    for path in arguments.labels:
+        demo_label.check_file(path)
     if arguments.check_arguments:
         return
-    for label in labels:
-        label.count_pages()
     demo = Demo(arguments)
     demo.lock()
-    for label, name in zip(labels, names_of(labels)):
-        demo.print_label(label, name)
+    demo.print_all(arguments.labels)
 
 
 def main():
+    keep_channels_free()
     try:
         arguments = read_arguments(sys.argv[1:])
         if arguments.help:
@@ -294,8 +305,8 @@ def main():
         if error.errno == errno.ENOSPC:
             said = "There is no room on the disk for the picture; delete something and try again."
         else:
-            said = (f"{error.filename or 'A file'} cannot be used ({error.strerror}); look whose it "
-                    "is, or remove the folder build-demo, and try again.")
+            said = (f"{error.filename or 'A file'} cannot be used ({error.strerror}); look whose it"
+                    " is, or remove the folder build-demo, and try again.")
         print(f"demo: {said}", file=sys.stderr)
     return 1
 

@@ -10,9 +10,10 @@ _SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
 
 
 def _stop(number, _):
-    """Once: what follows is cleaning up, which is not to be interrupted."""
+    """Once: what follows is cleaning up, which is not to be interrupted. A signal that has already
+    come meanwhile must find a handler, or Python complains."""
     for other in _SIGNALS:
-        signal.signal(other, signal.SIG_IGN)
+        signal.signal(other, lambda *_: None)
     sys.exit(128 + number)
 
 

@@ -6,13 +6,17 @@
 build_packages=(g++ cmake ninja-build pkg-config gettext
   libcups2-dev libcupsimage2-dev libplist-dev
   libjpeg-dev libpng-dev libtiff-dev libexif-dev liblcms2-dev)
-companion_packages=(cups-ppdc cups-filters ghostscript poppler-utils python3)
+companion_packages=(cups cups-ppdc cups-filters ghostscript poppler-utils python3)
 test_packages=(libgtest-dev libgmock-dev bubblewrap python3-pytest python3-numpy python3-pil
-  gobjc++ libgnustep-base-dev cups cups-client cups-ipp-utils man-db mandoc reuse shellcheck)
+  gobjc++ libgnustep-base-dev cups-client cups-ipp-utils man-db mandoc reuse shellcheck)
 
 # project_version: as CMakeLists.txt has it, where alone it stands.
 project_version() {
   sed -n 's/^project(zr7700 VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt
+}
+
+may_be_root() {
+  [ "$(id -u)" = 0 ] || command -v sudo >/dev/null
 }
 
 as_root() {
@@ -55,6 +59,11 @@ need_packages() {
   [ ${#missing[@]} = 0 ] && return
   if ! command -v apt-get >/dev/null; then
     echo "Please install these packages, or what your system calls them: ${missing[*]}" >&2
+    return 1
+  fi
+  if ! may_be_root; then
+    echo "Packages are missing, and there is no sudo: please run this as root and then try again:" \
+      "apt-get install ${missing[*]}" >&2
     return 1
   fi
   echo "Installing ${#missing[@]} Debian packages: ${missing[*]}"

@@ -1,4 +1,4 @@
-"""A label on its way to a disc: the raster that the distribution's filters make of it, the filter
+"""A label on its way to a disc: the raster that a queue's filters make of it for the last, that one
 with the open engine in a private root, the virtual printer, and the decoded disc."""
 # SPDX-FileCopyrightText: The rastertoZR7700 authors
 # SPDX-License-Identifier: Apache-2.0
@@ -16,8 +16,8 @@ from pathlib import Path
 import numpy as np
 from PIL import Image
 
-import demo_chain
 import demo_options
+import demo_queue
 import sandbox
 
 REPOSITORY = Path(__file__).resolve().parents[2]
@@ -42,24 +42,23 @@ class Disc:
 
 @functools.lru_cache(None)
 def choices(options):
-    """The PPD's choice of every option, for the options asked for; texts of "name=value"."""
-    ppd = demo_options.PpdOptions(PPD)
+    """The PPD's choice of every option, for the options asked for; a text of "name=value"."""
+    ppd = demo_options.PpdOptions(str(PPD))
     asked = demo_options.parse([options])
     ppd.check(asked)
-    return ppd.defaults | ppd.settle(asked)
+    return ppd.marked(asked)
 
 
 @functools.lru_cache(3)
-def raster_file(label, resolution):
-    """The raster stream of a label as bytes, made by the distribution's filters."""
-    label_type = "application/pdf" if label.endswith(".pdf") else "image/png"
-    options = {"Resolution": resolution}
-    job = demo_chain.Job(label, label_type, options, 1, str(PPD), [], "")
+def raster_file(label, options):
+    """The raster stream of a label as bytes: what the last filter of its queue gets."""
     with tempfile.TemporaryDirectory(prefix="zr7700-") as folder:
-        data = b""
-        for command in job.raster_commands():
-            data = subprocess.run(command, input=data, capture_output=True, check=True,
-                                  env=job.environment(folder), timeout=120).stdout
+        queue = demo_queue.Queue(os.path.join(folder, "queue"), BUILD, str(PPD))
+        told = demo_options.PpdOptions(str(PPD)).told(demo_options.parse([options]))
+        environment, data = queue.environment(label, folder), b""
+        for program, words in queue.commands(label, 1, demo_options.text(told))[:-1]:
+            data = subprocess.run(words, executable=program, input=data, capture_output=True,
+                                  check=True, env=environment, timeout=120).stdout
     return data
 
 

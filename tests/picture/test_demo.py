@@ -3,12 +3,11 @@
 # SPDX-License-Identifier: Apache-2.0
 
 import fcntl
-import io
 import os
 import re
-import shutil
 import subprocess
 import sys
+import time
 from pathlib import Path
 
 import pytest
@@ -16,56 +15,12 @@ from PIL import Image
 
 import demo_label
 import demo_options
-import demo_picture
 import demo_print
-import disc_job
-import sandbox
+import demo_queue
+import documents
 from disc_job import BUILD, PPD, REPOSITORY
 
 LABELS = REPOSITORY / "labels"
-
-
-class DemoBox(sandbox.Sandbox):
-    """A private root in which the demonstration runs, whose filter has the fixed paths; and a build
-    folder with the programs as links and nothing printed yet."""
-
-    def __init__(self, folder):
-        super().__init__()
-        self.folder = folder
-        self.build = folder / "build"
-        self.build.mkdir()
-        for name in ("ppd", "zr7700-printer", "rastertoZR7700"):
-            (self.build / name).symlink_to(BUILD / name)
-        for place in (sandbox.LIBRARIES, sandbox.ENGINE_DATA):
-            shutil.copytree(BUILD / "root" / place, self.root / place, dirs_exist_ok=True)
-
-    def run(self, *command, mounts=(), **more):
-        bwrap = [*self.command(disc_job.FILTER), "--ro-bind", REPOSITORY, REPOSITORY, "--bind",
-                 BUILD, BUILD, "--bind", self.folder, self.folder, *mounts]
-        return subprocess.run([*bwrap, *command], capture_output=True, text=True, check=False,
-                              timeout=120, **more)
-
-    def demo(self, *words, mounts=()):
-        return self.run(sys.executable, "-B", REPOSITORY / "tools/demo_print.py", "--build",
-                        self.build, *map(str, words), mounts=mounts)
-
-    def refusal(self, *words, mounts=()):
-        """What a call that must fail says, without its line end."""
-        done = self.demo(*words, mounts=mounts)
-        assert done.returncode == 1
-        assert done.stderr.startswith("demo: ") and done.stderr.count("\n") == 1, done.stderr
-        left = [name for _, _, names in os.walk(self.build / "discs") for name in names]
-        assert left == [] and not list(self.build.glob("job-*"))
-        assert os.listdir(self.root / "shm") == []
-        return done.stderr.strip()
-
-
-@pytest.fixture
-def box(tmp_path):
-    sandbox.require()
-    made = DemoBox(tmp_path)
-    yield made
-    made.remove()
 
 
 def pdf_without_pages():
@@ -85,57 +40,38 @@ def damaged(path):
     return bytes(data)
 
 
-def picture(kind, mode="RGB", size=(60, 40), **more):
-    out = io.BytesIO()
-    Image.new(mode, size, "gray" if mode != "CMYK" else (0, 0, 0, 99)).save(out, kind, **more)
-    return out.getvalue()
-
-
-def png_of_size(width, height):
-    """Only the header says so."""
-    data = bytearray(picture("PNG"))
-    data[16:24] = width.to_bytes(4, "big") + height.to_bytes(4, "big")
-    return bytes(data)
-
-
 @pytest.mark.parametrize("name, content, told", [
-    ("text.png", b"hello", "is no picture that can be printed; give a PDF, PNG, JPEG"),
-    ("empty.pdf", b"", "is no picture that can be printed"),
-    ("cut.png", (LABELS / "lake.png").read_bytes()[:300000], "is cut short; save or copy it"),
-    ("cut.pdf", (LABELS / "concert.pdf").read_bytes()[:40000], "is cut short"),
-    ("cut.gif", picture("GIF")[:-1], "is cut short"),
-    ("cut.tif", picture("TIFF")[:-500], "is cut short"),
-    ("cut.jpg", picture("JPEG")[:-2], "is cut short"),
-    ("cmyk.tif", picture("TIFF", "CMYK"), "is a TIFF in CMYK, whose colours would come out wrong"),
-    ("huge.png", png_of_size(10001, 10000), "has 10001 x 10000 dots"),
-    ("broken.tif", b"II*\0\xff\xff\xff\x7f", "is damaged; save it again"),
+    ("cut.png", (LABELS / "lake.png").read_bytes()[:300000],
+     "is not printed: The picture is damaged or not all of it came ("),
+    ("damaged.png", damaged(LABELS / "lake.png"), "is not printed: The picture is damaged"),
+    ("cut.pdf", (LABELS / "concert.pdf").read_bytes()[:40000], "is damaged; export it again"),
     ("pageless.pdf", pdf_without_pages(), "has no pages; export it again"),
-    ("damaged.png", damaged(LABELS / "lake.png"), "cannot be turned into a page; save it again"),
+    ("noise.png", bytes(range(256)) * 99, "is not printed: The document is no PNG, JPEG or TIFF"),
+    ("noise.bin", bytes(range(256)) * 99, "is of no kind that can be printed; give a PDF"),
+    ("empty.pdf", b"", "is of no kind that can be printed"),
+    ("box.zip", b"PK\3\4" + bytes(range(128, 256)) * 99, "be printed; give a PDF"),
 ], ids=lambda value: value if isinstance(value, str) and value[-4:-3] == "." else "")
 def test_labels_that_are_none(box, tmp_path, name, content, told):
+    """What a filter says reaches the person as it is."""
     label = tmp_path / name
     label.write_bytes(content)
-    assert f"{label} {told}" in box.refusal(label)
+    said = box.refusal(label)
+    assert str(label) in said and told in said
 
 
-@pytest.mark.parametrize("kind, more", [
-    ("PNG", {}), ("JPEG", {}), ("JPEG", {"progressive": True}), ("JPEG", {"exif": b"Exif\0\0" * 9}),
-    ("GIF", {}), ("TIFF", {}), ("TIFF", {"big_endian": True}), ("TIFF", {"compression": "packbits"}),
+def test_pages_that_a_document_has_not(box, tmp_path):
+    documents.pdf(tmp_path / "two.pdf", [(340, 340)] * 2)
+    assert "No page came to be printed; choose pages that the document has" in box.refusal(
+        tmp_path / "two.pdf", "-o", "page-ranges=3")
+
+
+@pytest.mark.parametrize("options, pages", [
+    ({}, 9), ({"page-ranges": "2"}, 1), ({"page-ranges": "2-4,4,8-"}, 5),
+    ({"page-ranges": "8-20"}, 2), ({"page-set": "even"}, 4), ({"page-set": "odd"}, 5),
+    ({"page-ranges": "3-5", "page-set": "odd"}, 2), ({"page-ranges": "10"}, 0),
 ])
-def test_pictures_that_are_whole(tmp_path, kind, more):
-    """Also with what some programs write behind a picture's end."""
-    for tail in (b"", b"\0" * 100) + (() if kind == "GIF" else (b"more" * 2000,)):
-        label = tmp_path / "label"
-        label.write_bytes(picture(kind, size=(200, 100), **more) + tail)
-        found = demo_label.label_type(label)
-        assert found == "image/" + kind.lower()
-        demo_picture.check(label, found)
-
-
-def test_a_pdf_with_empty_lines_behind_it_is_whole(tmp_path):
-    label = tmp_path / "label.pdf"
-    label.write_bytes((LABELS / "concert.pdf").read_bytes() + b"\n" * 5000)
-    assert demo_label.label_type(label) == "application/pdf"
+def test_pages_that_are_chosen(options, pages):
+    assert demo_label.pages_chosen(9, options) == pages
 
 
 @pytest.mark.parametrize("label", ["/dev/zero", "fifo"])
@@ -146,19 +82,14 @@ def test_labels_that_are_no_files(box, tmp_path, label):
     assert f"The label {label} is no file;" in box.refusal(label)
 
 
-def test_labels_of_the_same_name_get_pictures_of_their_own(tmp_path):
-    labels = []
-    for name in ("a/disc.png", "b/disc.gif", "c/disc.png", "d/disc_2.png"):
-        path = tmp_path / name
-        path.parent.mkdir()
-        path.write_bytes(picture(path.suffix[1:].upper()))
-        labels.append(demo_print.Label(path))
-    assert demo_print.names_of(labels) == ["disc", "disc_2", "disc_3", "disc_2_2"]
+def test_labels_of_the_same_name_get_pictures_of_their_own():
+    paths = ["a/disc.png", "b/disc.gif", "c/disc.png", "d/disc_2.png", "e/.txt"]
+    assert demo_print.names_of(paths) == ["disc", "disc_2", "disc_3", "disc_2_2", "txt"]
 
 
 def test_label_that_is_missing_or_a_folder(box, tmp_path):
     assert "(No such file or directory); check its name." in box.refusal(tmp_path / "no.png")
-    assert "(Is a directory)" in box.refusal(tmp_path)
+    assert "is no file; give" in box.refusal(tmp_path)
 
 
 @pytest.mark.parametrize("words, told", [
@@ -166,7 +97,12 @@ def test_label_that_is_missing_or_a_folder(box, tmp_path):
     (["-o", "PrintQualty=Quality3"], "did you mean PrintQuality?"),
     (["-o", "=3"], "options read NAME=VALUE."),
     (["-o", "ppi=$(id)"], "holds a character that no option takes."),
-    (["-o", "Resolution=300dpi PrintQuality=Quality4"], "exclude each other"),
+    (["-o", "PrintQuality=Quality4 print-quality=3"],
+     "PrintQuality=Quality4 does not go with Resolution=300dpi"),
+    # 22 mm would become 44: CUPS knows, and prints it nevertheless.
+    (["-o", "Resolution=300dpi"], "does not go with InnerDiameter=220 and OuterMargin=10;"),
+    (["-o", "print-quality=9"], "takes 3 (draft), 4 (normal) or 5 (best), not"),
+    (["-o", "copies=26"], 'can be 1 to 25, not "26".'),
     (["--cartridge", "X"], "can be Q, P, U or V."),
     (["--discs", "0"], 'can be 1 to 25, not "0".'),
     (["--discs", "\u00b2"], "can be 1 to 25"),
@@ -200,14 +136,15 @@ def test_disk_that_fills_up_while_printing(tmp_path, box):
     """The filters' own files fill it first; nothing of the job stays."""
     disk = tmp_path / "disk"
     disk.mkdir()
-    script = """cd "$1" && mkdir discs && for name in ppd zr7700-printer rastertoZR7700; do
+    script = """cd "$1" && mkdir discs && for name in ppd zr7700-printer $NAMES; do
                   ln -s "$2/$name" .; done
                 "$3" -B -c 'import sys, demo_print as demo; demo.ROOM_MIB = 0
 sys.argv[1:] = ["--build", sys.argv[1], sys.argv[2]]; sys.exit(demo.main())' "$1" "$4"
                 echo "left: $(ls discs; ls -d job-* 2>/dev/null)"; exit 0"""
     done = box.run("bash", "-c", script, "bash", disk, BUILD, sys.executable, LABELS / "lake.png",
                    mounts=["--size", "2500000", "--tmpfs", disk],
-                   env={**os.environ, "PYTHONPATH": str(REPOSITORY / "tools")})
+                   env={**os.environ, "PYTHONPATH": str(REPOSITORY / "tools"),
+                        "NAMES": " ".join(demo_queue.OURS)})
     assert done.stderr == ("demo: There is no room on the disk for the picture; "
                            "delete something and try again.\n")
     assert done.stdout.splitlines()[-1] == "left: "
@@ -224,7 +161,7 @@ def test_what_a_killed_job_left_is_removed(box, tmp_path):
     (box.build / "job-killed/lake-001.png.part").write_bytes(b"half")
     label = tmp_path / "damaged.png"
     label.write_bytes(damaged(LABELS / "lake.png"))
-    assert "cannot be turned into a page" in box.refusal(label)
+    assert "The picture is damaged" in box.refusal(label)
 
 
 def test_files_of_somebody_else_are_told(box):
@@ -294,13 +231,66 @@ def test_more_ink_than_a_cartridge_holds(box, tmp_path):
     assert len(os.listdir(box.build / "discs")) == 12
 
 
-def test_defaults_follow_the_draft_resolution():
-    ppd = demo_options.PpdOptions(PPD)
-    settled = ppd.settle({"Resolution": "300dpi"})
+@pytest.mark.parametrize("asked, told", [
+    ({}, {}),
     # 22 mm and 1 mm again, by the keywords of the draft.
-    assert settled["InnerDiameter"] == "110Draft" and settled["OuterMargin"] == "5Draft"
-    assert ppd.settle({}) == {}
-    assert disc_job.choices("PrintQuality=Quality3")["PrintQuality"] == "Quality3"
+    ({"print-quality": "3"}, {"Resolution": "300dpi", "InnerDiameter": "110Draft",
+                              "OuterMargin": "5Draft", "PrintQuality": "Quality1"}),
+    ({"print-quality": "4"}, {}),
+    ({"print-quality": "5"}, {"PrintQuality": "Quality4"}),
+    ({"media": "80x80mm.Fullbleed"}, {"PageSize": "80x80mm.Fullbleed"}),
+    ({"print-color-mode": "monochrome"}, {"ColorModel": "Gray"}),
+])
+def test_what_options_mean(asked, told):
+    """As the PPD has it, whose presets are named so for the scheduler."""
+    assert demo_options.PpdOptions(str(PPD)).told(asked) == told | asked
+
+
+def test_descriptors_of_the_caller_stay_with_it(box, tmp_path):
+    """Open ones, low and high, reach no filter: it has 0 to 2 and the two channels."""
+    probe = tmp_path / "probe"
+    probe.write_text(f'#!/bin/sh\nls -l /proc/$$/fd >{tmp_path}/found\n'
+                     f'exec {BUILD}/rastertodisc "$@"\n')
+    probe.chmod(0o755)
+    (box.build / "rastertodisc").unlink()
+    (box.build / "rastertodisc").symlink_to(probe)
+    documents.picture(tmp_path / "label.png", (600, 600))
+    script = 'exec 3</dev/zero 4</dev/zero 5</dev/zero 8</dev/zero; exec "$@" 12</dev/zero'
+    done = box.run("bash", "-c", script, "bash", sys.executable, "-B",
+                   REPOSITORY / "tools/demo_print.py", "--build", box.build, "--no-show",
+                   tmp_path / "label.png")
+    assert done.returncode == 0, done.stderr
+    found = dict(re.findall(r"(\d+) -> (\S+)", (tmp_path / "found").read_text()))
+    assert found["3"].startswith("pipe:") and found["4"].startswith("socket:")
+    # From 10 on are the probe's own: its script, and its output while ls runs.
+    assert set(found) - {"10", "11"} == set("01234") and "/dev/zero" not in found.values()
+
+
+@pytest.mark.parametrize("after_s", [0, 0.01, 0.03, 0.06, 0.1, 0.2, 0.4, 0.8])
+def test_control_c_at_the_very_start(after_s):
+    """In the shell, before Python is up, while it imports: status 130 and no word."""
+    with subprocess.Popen([REPOSITORY / "demo", "no.png", "--check-arguments"], text=True,
+                          stdout=subprocess.PIPE, stderr=subprocess.PIPE, process_group=0) as demo:
+        time.sleep(after_s)
+        try:
+            os.killpg(demo.pid, 2)
+        except ProcessLookupError:
+            pass
+        said = demo.communicate(timeout=20)
+    told = "demo: The label no.png cannot be read (No such file or directory); check its name.\n"
+    assert demo.returncode in (130, -2, 1) and said in (("", ""), ("", told))
+    assert after_s > 0.02 or (demo.returncode != 1 and said == ("", ""))
+
+
+def test_missing_packages_without_a_way_to_root():
+    """One sentence that says what to do."""
+    script = """source tools/setup.sh; id() { echo 1000; }; command() { [ "$2" != sudo ] &&
+                builtin command "$@"; }; need_packages zr7700-a zr7700-b"""
+    done = subprocess.run(["bash", "-c", script], capture_output=True, text=True, check=False,
+                          cwd=REPOSITORY, timeout=20)
+    assert (done.returncode, done.stdout) == (1, "")
+    assert done.stderr == ("Packages are missing, and there is no sudo: please run this as root and"
+                           " then try again: apt-get install zr7700-a zr7700-b\n")
 
 
 def test_whole_demonstration(box):

@@ -14,7 +14,7 @@ LIMIT_S = 0.2
 
 @pytest.mark.parametrize("cartridge", ["Q", "U"])
 def test_a_photograph(cartridge):
-    stream = disc_job.raster_file(LAKE, "600dpi")
+    stream = disc_job.raster_file(LAKE, "")
     times = []
     for _ in range(6):
         options = "PrintQuality=Quality3"
