@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <string>
 
 #include "about/questions.h"
@@ -49,25 +50,38 @@ void EndCancelled(int) {
   _exit(0);
 }
 
-}  // namespace
-
-int RunFilter(int argc, char** argv, const char* program, const char* about,
-              int (*job)(const FilterArguments& arguments)) {
-  const std::string usage =
-      std::string("Usage: ") + program + " job user title copies options [file]\n";
-  if (argc == 2 && IsQuestion(argv[1])) {
-    return AnswerQuestion(argv[1], program, (usage + "\n" + about + kQuestions).c_str());
-  }
-  if (argc != 6 && argc != 7) {
-    std::fputs(usage.c_str(), stderr);
-    return 1;
-  }
+int RunJob(int argc, char** argv, int (*job)(const FilterArguments& arguments)) {
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGTERM, EndCancelled);
   const FilterArguments arguments = ArgumentsOf(argc, argv);
   const int exit_status = job(arguments);
   cupsFreeOptions(arguments.option_count, arguments.options);
   return exit_status;
+}
+
+int AnswerOrRun(int argc, char** argv, const char* program, const char* about,
+                int (*job)(const FilterArguments& arguments)) {
+  if (argc == 6 || argc == 7) return RunJob(argc, argv, job);
+  const std::string usage =
+      std::string("Usage: ") + program + " job user title copies options [file]\n";
+  if (argc == 2 && IsQuestion(argv[1])) {
+    return AnswerQuestion(argv[1], program, (usage + "\n" + about + kQuestions).c_str());
+  }
+  std::fputs(usage.c_str(), stderr);
+  return 1;
+}
+
+}  // namespace
+
+int RunFilter(int argc, char** argv, const char* program, const char* about,
+              int (*job)(const FilterArguments& arguments)) {
+  try {
+    return AnswerOrRun(argc, argv, program, about, job);
+  } catch (const std::exception&) {
+    // Of the standard library's exceptions those of a lack of memory are the ones that are left.
+    TellError("There is no memory for the page; print again when less is going on.");
+    return 1;
+  }
 }
 
 int OpenDocument(const FilterArguments& arguments) {

@@ -4,36 +4,60 @@
 
 #include <unistd.h>
 
-#include <string>
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
 
 namespace zr7700 {
 namespace {
 
 constexpr size_t kMostBytes = 1900;
 
-std::string Printable(std::string_view text) {
-  std::string line(text.substr(0, kMostBytes));
-  for (char& c : line) {
-    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = '?';
+// A line in the making, without memory from the heap: that there is none left may be what it says.
+class Line {
+ public:
+  void Add(std::string_view text) {
+    const size_t count = std::min(text.size(), sizeof bytes_ - size_);
+    std::memcpy(bytes_ + size_, text.data(), count);
+    size_ += count;
   }
-  return line;
-}
 
-void WriteLine(const std::string& line) {
-  // Nobody is left to be told when this fails.
-  [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line.data(), line.size());
+  void AddPrintable(std::string_view text) {
+    const size_t first = size_;
+    Add(text.substr(0, kMostBytes));
+    std::replace_if(
+        bytes_ + first, bytes_ + size_,
+        [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, '?');
+  }
+
+  void Write() const {
+    // Nobody is left to be told when this fails.
+    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, bytes_, size_);
+  }
+
+ private:
+  char bytes_[kMostBytes + 32];
+  size_t size_ = 0;
+};
+
+void Tell(std::string_view beginning, std::string_view sentence) {
+  Line line;
+  line.Add(beginning);
+  line.AddPrintable(sentence);
+  line.Add("\n");
+  line.Write();
 }
 
 }  // namespace
 
-void TellError(std::string_view sentence) { WriteLine("\nERROR: " + Printable(sentence) + "\n"); }
+void TellError(std::string_view sentence) { Tell("\nERROR: ", sentence); }
 
-void TellWarning(std::string_view sentence) {
-  WriteLine("\nWARNING: " + Printable(sentence) + "\n");
-}
+void TellWarning(std::string_view sentence) { Tell("\nWARNING: ", sentence); }
 
 void TellPage(unsigned page, unsigned copies) {
-  WriteLine("\nPAGE: " + std::to_string(page) + " " + std::to_string(copies) + "\n");
+  char numbers[32];
+  std::snprintf(numbers, sizeof numbers, "%u %u", page, copies);
+  Tell("\nPAGE: ", numbers);
 }
 
 }  // namespace zr7700

@@ -4,6 +4,7 @@
 
 import os
 import random
+import resource
 import subprocess
 import sys
 
@@ -262,6 +263,22 @@ def test_a_cancel_leaves_the_next_filter_time_to_hear_of_it():
         with pytest.raises(subprocess.TimeoutExpired):
             process.wait(0.5)
         assert process.wait(5) == 0
+
+
+@pytest.mark.parametrize("mebibytes", range(28, 64, 4))
+def test_a_lack_of_memory_is_told(mebibytes):
+    """A page of 120 mm takes 24 MB, and what the libraries take differs."""
+    with open(PROGRAM, "rb") as file:
+        if b"__asan_init" in file.read():
+            pytest.skip("the checker needs memory of its own")
+    page = stream(even_page(9000, 300, cupsPageSize=(1080, 36)))
+    limit = mebibytes << 20
+    done = subprocess.run([PROGRAM, "1", "u", "t", "1", ""], env={"PPD": PPD}, input=page,
+                          capture_output=True, check=False,
+                          preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (limit, limit)))
+    assert done.returncode in (0, 1)
+    first = said(done)[0]
+    assert first == "PAGE: 1 1" if done.returncode == 0 else "There is no memory" in first
 
 
 def test_wrong_arguments_are_told():
