@@ -64,7 +64,10 @@ int RunFilter(int argc, char** argv, const char* program, const char* about,
   }
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGTERM, EndCancelled);
-  return job(ArgumentsOf(argc, argv));
+  const FilterArguments arguments = ArgumentsOf(argc, argv);
+  const int exit_status = job(arguments);
+  cupsFreeOptions(arguments.option_count, arguments.options);
+  return exit_status;
 }
 
 int OpenDocument(const FilterArguments& arguments) {

@@ -10,7 +10,7 @@ namespace zr7700 {
 
 struct FilterArguments {
   int option_count = 0;
-  cups_option_t* options = nullptr;  // lives until the process ends
+  cups_option_t* options = nullptr;  // lives as long as the job
   const char* file = nullptr;        // null: the document comes on standard input
   char** words = nullptr;            // argv itself
 

@@ -13,10 +13,11 @@
 namespace zr7700 {
 namespace {
 
+using Exif = std::unique_ptr<ExifData, decltype(&exif_data_unref)>;
+
 constexpr std::array<uint8_t, 6> kPrefix = {'E', 'x', 'i', 'f', 0, 0};
 constexpr int kUnitInch = 2;
 constexpr int kUnitCentimetre = 3;
-constexpr double kCentimetresPerInch = 2.54;
 
 // The first entry of the main picture with this tag and format; null without one.
 const ExifEntry* Find(const ExifData* data, ExifTag tag, ExifFormat format) {
@@ -56,9 +57,11 @@ ExifFacts ReadExif(std::span<const uint8_t> exif) {
     bytes.insert(bytes.begin(), kPrefix.begin(), kPrefix.end());
   }
   if (bytes.size() > std::numeric_limits<unsigned>::max()) return {};
-  const std::unique_ptr<ExifData, decltype(&exif_data_unref)> data(
-      exif_data_new_from_data(bytes.data(), static_cast<unsigned>(bytes.size())), &exif_data_unref);
+  const Exif data(exif_data_new(), &exif_data_unref);
   if (data == nullptr) return {};
+  // Otherwise libexif adds what it misses: a resolution of 72, for one.
+  exif_data_unset_option(data.get(), EXIF_DATA_OPTION_FOLLOW_SPECIFICATION);
+  exif_data_load_data(data.get(), bytes.data(), static_cast<unsigned>(bytes.size()));
   return {.turn = TurnOfOrientation(Short(data.get(), EXIF_TAG_ORIENTATION, 1)),
           .density = DensityOf(data.get())};
 }

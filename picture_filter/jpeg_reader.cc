@@ -119,8 +119,10 @@ class JpegReader : public PictureReader {
   bool Begin(Dots enough) override {
     jpeg_decompress_struct& jpeg = decoder_.jpeg;
     const DotForm form = *FormOf(jpeg);
-    converter_.emplace(form, ReadProfile());
-    lacks_profile_ = converter_->lacks_profile();
+    std::vector<uint8_t> profile;
+    const bool is_whole = ReadProfile(profile);
+    converter_.emplace(form, profile);
+    lacks_profile_ = !is_whole || converter_->lacks_profile();
     jpeg.out_color_space = OutputOf(form.colours);
     jpeg.scale_num = 1;
     jpeg.scale_denom = ReductionFor(picture_.dots, enough);
@@ -185,7 +187,7 @@ class JpegReader : public PictureReader {
     const ExifFacts exif = FindExif();
     picture_.turn = exif.turn;
     if (jpeg.saw_JFIF_marker && (jpeg.density_unit == 1 || jpeg.density_unit == 2)) {
-      const double per_inch = jpeg.density_unit == 2 ? 2.54 : 1;
+      const double per_inch = jpeg.density_unit == 2 ? kCentimetresPerInch : 1;
       picture_.density = DensityPerInch(jpeg.X_density * per_inch, jpeg.Y_density * per_inch);
     } else if (exif.density) {
       picture_.density = *exif.density;
@@ -204,15 +206,15 @@ class JpegReader : public PictureReader {
     return {};
   }
 
-  // The chunks of an ICC profile, put together; empty without one.
-  std::vector<uint8_t> ReadProfile() {
+  // The chunks of an ICC profile, put together; empty without one. False when chunks are missing.
+  bool ReadProfile(std::vector<uint8_t>& profile) {
     JOCTET* bytes = nullptr;
     unsigned count = 0;
     const bool read =
         decoder_.calls.Run([&] { jpeg_read_icc_profile(&decoder_.jpeg, &bytes, &count); });
     const std::unique_ptr<JOCTET, decltype(&std::free)> owned(bytes, &std::free);
-    if (!read || bytes == nullptr) return {};
-    return {bytes, bytes + count};
+    if (read && bytes != nullptr) profile.assign(bytes, bytes + count);
+    return read;
   }
 
   void Close() {

@@ -49,8 +49,9 @@ bool PictureReader::Refuse(std::string sentence) {
 }
 
 bool PictureReader::RefuseDamaged(const char* what) {
-  return Refuse(std::string("The picture is damaged or not all of it came (") + what +
-                "); see whether it opens in another program, and save it again there.");
+  return Refuse(
+      std::string("The picture is damaged, not all of it came, or it is of an unusual kind (") +
+      what + "); see whether it opens in another program, and save it again there.");
 }
 
 }  // namespace zr7700

@@ -16,6 +16,8 @@ namespace zr7700 {
 // for pictures takes the same.
 constexpr double kUsualDensity_dpi = 200;
 
+constexpr double kCentimetresPerInch = 2.54;
+
 // Dots an inch, each such that IsDensity() holds.
 struct Density {
   double across = kUsualDensity_dpi;
@@ -37,9 +39,9 @@ struct Dots {
 };
 
 struct Picture {
-  Dots dots;        // as they are stored
-  Density density;  // likewise
-  Turn turn;        // makes it upright
+  Dots dots = {};        // as they are stored
+  Density density = {};  // likewise
+  Turn turn = {};        // makes it upright
 };
 
 // Empty for a picture that can be read line by line, else a sentence for the person. After an empty

@@ -7,6 +7,7 @@
 
 #include "picture_filter/jpeg_reader.h"
 #include "picture_filter/png_reader.h"
+#include "picture_filter/tiff_reader.h"
 
 namespace zr7700 {
 namespace {
@@ -20,6 +21,10 @@ struct KindRow {
 constexpr KindRow kKinds[] = {
     {"\x89PNG\r\n\x1A\n"sv, MakePngReader},
     {"\xFF\xD8\xFF"sv, MakeJpegReader},
+    {"II*\0"sv, MakeTiffReader},
+    {"MM\0*"sv, MakeTiffReader},
+    {"II+\0"sv, MakeTiffReader},
+    {"MM\0+"sv, MakeTiffReader},
 };
 
 }  // namespace

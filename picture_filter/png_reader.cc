@@ -19,7 +19,6 @@ namespace {
 
 constexpr png_uint_32 kMostAcross = PNG_UINT_31_MAX;  // CheckDots() has its own say
 constexpr png_alloc_size_t kMostChunk_bytes = 64 << 20;
-constexpr double kCentimetresPerInch = 2.54;
 constexpr double kMetresPerInch = kCentimetresPerInch / 100;
 constexpr double kScreenGamma = 2.2;
 

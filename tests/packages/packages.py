@@ -52,7 +52,7 @@ def next_version(deb, folder, version):
     control.write_text(re.sub("^Version: .*", f"Version: {version}", control.read_text(),
                               flags=re.M))
     for source in tree.glob("usr/share/cups/drv/zr7700.drv"):
-        changed = source.read_text().replace("Version 1.3", "Version 1.4").replace(
+        changed = source.read_text().replace("Version 1.4", "Version 9.0").replace(
             '"Quality4/Best"', '"Quality4/Best of all"')
         source.write_text(changed)
     for updater in tree.glob("usr/share/cups/ppd-updaters/*"):

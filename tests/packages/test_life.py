@@ -12,7 +12,7 @@ from debian_root import snapshot
 from packages import NAMES, OUT, next_version, repository
 
 DRIVER = "printer-driver-zr7700"
-HIGHER = "1.4.0"
+HIGHER = "9.0"
 # What apt, dpkg and CUPS keep of what they have done, and the test's own folders.
 LEFT_OUT = {"/proc", "/dev", "/sys", "/tmp", "/repository", "/srv", "/run/cups", "/var/cache/apt",
             "/var/lib/apt", "/var/log/apt", "/var/log/dpkg.log", "/var/lib/dpkg/status",
@@ -91,7 +91,7 @@ def upgrade_while_printing(root, printing, debs, tmp_path):
     printing.order("bin 5")
     printing.check_disc(job)
     ppd = root.path("etc/cups/ppd/discs.ppd").read_text()
-    assert "Best of all" in ppd and "*NickName: \"Tessary ZR7700, 1.4\"" in ppd
+    assert "Best of all" in ppd and "*NickName: \"Tessary ZR7700, 9.0\"" in ppd
     assert "*DefaultPrintQuality: Quality3" in ppd
     assert "TopMarginOffset" in root.path("etc/zr7700/ZR7700Config.plist").read_text()
     root.tell("lpadmin -p discs -v zr7700virtual:/srv/discs", keep="zr7700")
