@@ -34,8 +34,9 @@ void Scaler::AddLine(std::span<const uint8_t> line) {
 void Scaler::CopyLine(std::span<const uint8_t> line) {
   if (lines_added_ != down_.First(lines_drawn_)) return;
   const std::span<uint8_t> out = canvas_.Line(down_.first_on_page() + lines_drawn_);
-  std::copy_n(line.begin() + across_.First(0) * static_cast<ptrdiff_t>(kChannels),
-              across_.count() * kChannels, out.begin() + across_.first_on_page() * kChannels);
+  std::copy_n(line.subspan(size_t{across_.First(0)} * kChannels).begin(),
+              across_.count() * kChannels,
+              out.subspan(size_t{across_.first_on_page()} * kChannels).begin());
   ++lines_drawn_;
 }
 
@@ -72,7 +73,8 @@ void Scaler::DrawLine(uint32_t i) {
     for (size_t k = 0; k < sum_.size(); ++k) sum_[k] += weight * row[k];
   }
   const std::span<uint8_t> out = canvas_.Line(down_.first_on_page() + i);
-  std::transform(sum_.begin(), sum_.end(), out.begin() + across_.first_on_page() * kChannels, Byte);
+  std::transform(sum_.begin(), sum_.end(),
+                 out.subspan(size_t{across_.first_on_page()} * kChannels).begin(), Byte);
 }
 
 }  // namespace zr7700

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include "driver/log.h"
 #include "engine/byte_order.h"
@@ -23,7 +24,10 @@ constexpr uint64_t kSlack = 1;
 // cannot be had.
 uint8_t* AllocateLine(uint64_t size_bytes, uint64_t capacity_bytes) {
   void* bytes = nullptr;
-  if (size_bytes <= kMostBytes) bytes = calloc(std::max(size_bytes, capacity_bytes), 1);
+  const uint64_t room_bytes = std::max(size_bytes, capacity_bytes);
+  if (size_bytes <= kMostBytes && std::in_range<size_t>(room_bytes)) {
+    bytes = calloc(static_cast<size_t>(room_bytes), 1);
+  }
   if (bytes == nullptr) {
     LogMessage(kLogDetail, "     Unable to allocate %u bytes!", static_cast<uint32_t>(size_bytes));
   }

@@ -99,10 +99,10 @@ void WriteInner(const JobVariables& variables, const Ring& ring, std::span<ClipE
 }
 
 void MirrorUpperHalf(uint32_t image_height_lines, std::span<ClipEntry> table) {
-  const uint64_t half = (uint64_t{image_height_lines} + 1) / 2;
-  const uint64_t last = std::min<uint64_t>(half, table.size());
-  for (uint64_t e = 0; e < last; ++e) {
-    const uint64_t mirrored = image_height_lines - 1 - e;
+  const auto half = static_cast<size_t>((uint64_t{image_height_lines} + 1) / 2);
+  const size_t last = std::min(half, table.size());
+  for (size_t e = 0; e < last; ++e) {
+    const size_t mirrored = image_height_lines - 1 - e;
     if (mirrored < table.size()) table[mirrored] = table[e];
   }
 }

@@ -67,7 +67,8 @@ std::optional<Canvas> Turned(Turn turn, const Canvas& canvas) {
     for (uint32_t x = 0; x < width; ++x) {
       const Dot from = DotBefore(turn, {.x = x, .y = y}, width, height);
       const auto dots = canvas.Line(static_cast<uint32_t>(from.y));
-      std::copy_n(dots.begin() + from.x * 3, 3, line.begin() + x * std::ptrdiff_t{3});
+      std::copy_n(dots.begin() + static_cast<std::ptrdiff_t>(from.x) * 3, 3,
+                  line.begin() + static_cast<std::ptrdiff_t>(x) * 3);
     }
   }
   return turned;

@@ -46,6 +46,7 @@ class BinaryList {
   bool IsSound() { return ReadTrailer() && ReadObjects() && ReferencesAreSound(); }
 
  private:
+  // The place has been checked to lie within the file.
   uint64_t Load(size_t offset, size_t width_bytes) const {
     uint64_t value = 0;
     for (size_t i = 0; i < width_bytes; ++i) {
@@ -61,21 +62,26 @@ class BinaryList {
     const size_t trailer = bytes_.size() - kTrailerBytes;
     offset_width_ = static_cast<uint8_t>(bytes_[trailer + 6]);
     reference_width_ = static_cast<uint8_t>(bytes_[trailer + 7]);
-    object_count_ = Load(trailer + 8, 8);
-    top_ = Load(trailer + 16, 8);
-    table_ = Load(trailer + 24, 8);
+    const uint64_t object_count = Load(trailer + 8, 8);
+    const uint64_t top = Load(trailer + 16, 8);
+    const uint64_t table = Load(trailer + 24, 8);
     if (offset_width_ < 1 || offset_width_ > 8) return false;
     if (reference_width_ < 1 || reference_width_ > 8) return false;
-    if (table_ < kHeaderBytes || table_ > trailer) return false;
-    return top_ < object_count_ && object_count_ <= (trailer - table_) / offset_width_;
+    if (table < kHeaderBytes || table > trailer) return false;
+    if (top >= object_count || object_count > (trailer - table) / offset_width_) return false;
+    // None is larger than the file now.
+    object_count_ = static_cast<size_t>(object_count);
+    top_ = static_cast<size_t>(top);
+    table_ = static_cast<size_t>(table);
+    return true;
   }
 
   bool ReadObjects() {
     size_t containers = 0;
-    for (uint64_t i = 0; i < object_count_; ++i) {
+    for (size_t i = 0; i < object_count_; ++i) {
       const uint64_t offset = Load(table_ + i * offset_width_, offset_width_);
       if (offset < kHeaderBytes || offset >= table_) return false;
-      const std::optional<Object> object = ReadObject(offset);
+      const std::optional<Object> object = ReadObject(static_cast<size_t>(offset));
       if (!object || !HasSoundText(*object)) return false;
       if (IsContainer(*object) && ++containers > kMaxContainers) return false;
       objects_.push_back(*object);
@@ -140,7 +146,7 @@ class BinaryList {
   }
 
   bool HasSoundText(const Object& object) const {
-    if (object.kind == kAscii) return IsAscii(bytes_.substr(object.offset, object.count));
+    if (object.kind == kAscii) return IsAscii(PayloadOf(object));
     return object.kind != kUtf16 || IsUtf16(object);
   }
 
@@ -154,7 +160,7 @@ class BinaryList {
   // Big-endian, without surrogates that stand alone.
   bool IsUtf16(const Object& text) const {
     bool high_before = false;
-    for (uint64_t i = 0; i < text.count; ++i) {
+    for (size_t i = 0; i < text.count; ++i) {
       const uint64_t unit = Load(text.offset + i * 2, 2);
       const bool low = unit >= 0xdc00 && unit <= 0xdfff;
       if (low != high_before || unit == 0) return false;
@@ -171,10 +177,12 @@ class BinaryList {
       if (!IsContainer(object)) continue;
       std::set<std::string_view> keys;
       const uint64_t references = object.count * (object.kind == kDict ? 2 : 1);
-      for (uint64_t i = 0; i < references; ++i) {
-        const uint64_t target = Load(object.offset + i * reference_width_, reference_width_);
+      for (size_t i = 0; i < references; ++i) {
+        const uint64_t number = Load(object.offset + i * reference_width_, reference_width_);
+        if (number >= object_count_) return false;
+        const auto target = static_cast<size_t>(number);
         const bool is_key = object.kind == kDict && i < object.count;
-        if (target >= object_count_ || !TakesReference(target, is_key)) return false;
+        if (!TakesReference(target, is_key)) return false;
         // Of two values for one key the parsers would not choose the same.
         if (is_key && !keys.insert(PayloadOf(objects_[target])).second) return false;
       }
@@ -183,10 +191,10 @@ class BinaryList {
   }
 
   std::string_view PayloadOf(const Object& object) const {
-    return bytes_.substr(object.offset, object.size_bytes);
+    return bytes_.substr(object.offset, static_cast<size_t>(object.size_bytes));
   }
 
-  bool TakesReference(uint64_t target, bool is_key) {
+  bool TakesReference(size_t target, bool is_key) {
     const Object& object = objects_[target];
     if (is_key && (!IsText(object) || object.count == 0)) return false;
     if (IsContainer(object)) {
@@ -201,9 +209,9 @@ class BinaryList {
   std::string_view bytes_;
   size_t offset_width_ = 0;     // bytes of one entry of the offset table
   size_t reference_width_ = 0;  // bytes of one reference inside a container
-  uint64_t object_count_ = 0;
-  uint64_t top_ = 0;    // the root's number
-  uint64_t table_ = 0;  // where the offset table begins; objects end before it
+  size_t object_count_ = 0;
+  size_t top_ = 0;    // the root's number
+  size_t table_ = 0;  // where the offset table begins; objects end before it
   uint64_t unfolded_bytes_ = 0;
   std::vector<Object> objects_;
   std::vector<bool> referred_ = std::vector<bool>(bytes_.size());

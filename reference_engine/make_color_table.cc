@@ -66,6 +66,31 @@ bool AddTable(cmsHPROFILE profile, TableRecipe recipe) {
   return done;
 }
 
+// The profile as it is saved, with one creation time for all: a table is the same whenever it is
+// made.
+std::string BytesWithFixedTime(cmsHPROFILE profile) {
+  constexpr size_t kTimeOffset = 24;  // year, month, day, hours, minutes, seconds: 16 bits each
+  constexpr char kNewYear[] = {2026 >> 8, static_cast<char>(2026 & 0xFF), 0, 1, 0, 1};
+  cmsUInt32Number length_bytes = 0;
+  if (!cmsSaveProfileToMem(profile, nullptr, &length_bytes)) return {};
+  std::string bytes(length_bytes, '\0');
+  if (!cmsSaveProfileToMem(profile, bytes.data(), &length_bytes)) return {};
+  bytes.replace(kTimeOffset, 12, 12, '\0');
+  bytes.replace(kTimeOffset, sizeof kNewYear, kNewYear, sizeof kNewYear);
+  return bytes;
+}
+
+bool SaveWithFixedTime(cmsHPROFILE profile, const char* path) {
+  const std::string bytes = BytesWithFixedTime(profile);
+  cmsHPROFILE saved =
+      cmsOpenProfileFromMem(bytes.data(), static_cast<cmsUInt32Number>(bytes.size()));
+  if (saved == nullptr) return false;
+  // The ID is that of what is saved next.
+  const bool done = cmsMD5computeID(saved) && cmsSaveProfileToFile(saved, path);
+  cmsCloseProfile(saved);
+  return done;
+}
+
 bool WriteTable(const TableRecipe& recipe, const std::string& description, const char* path) {
   cmsHPROFILE profile = cmsCreateProfilePlaceholder(nullptr);
   cmsSetProfileVersion(profile, 2.4);
@@ -73,9 +98,7 @@ bool WriteTable(const TableRecipe& recipe, const std::string& description, const
   cmsSetColorSpace(profile, cmsSigRgbData);
   cmsSetPCS(profile, cmsSigCmyData);
   AddDescription(profile, description.c_str());
-  // The ID is that of what is saved next.
-  const bool done =
-      AddTable(profile, recipe) && cmsMD5computeID(profile) && cmsSaveProfileToFile(profile, path);
+  const bool done = AddTable(profile, recipe) && SaveWithFixedTime(profile, path);
   cmsCloseProfile(profile);
   return done;
 }

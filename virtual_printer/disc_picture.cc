@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 
 #include "virtual_printer/ink_model.h"
 
@@ -134,8 +135,9 @@ IndexedPicture DrawDots(const PrintedPage& page, const DiscPlace& place) {
   for (int64_t y = 0; y < side && left < right; ++y) {
     const int64_t line = y - place.top_dots;
     if (line < 0 || line >= canvas.height) continue;
-    const auto from = canvas.dots.begin() + line * canvas.width + (left - place.left_dots);
-    std::copy(from, from + (right - left), picture.pixels.begin() + y * side + left);
+    const int64_t first = line * canvas.width + (left - place.left_dots);
+    std::copy_n(canvas.dots.begin() + static_cast<std::ptrdiff_t>(first), right - left,
+                picture.pixels.begin() + static_cast<std::ptrdiff_t>(y * side + left));
   }
   return picture;
 }

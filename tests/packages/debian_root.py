@@ -112,12 +112,23 @@ class DebianRoot:
         self._keeper.wait()
         _link_new_files(self.folder / "var/cache/apt/archives", self._archives)
 
-    def run(self, command, check=True, seconds=600):
-        """Runs a shell command; its exit status and everything that it said."""
-        words = ["nsenter", "--target", self._inside, "--mount", "--pid", "--root", "--wdns=/"]
-        done = subprocess.run([*words, "sh", "-c", command], stdin=subprocess.DEVNULL, text=True,
-                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False,
-                              env=_ENVIRONMENT, timeout=seconds)
+    def run(self, command, check=True, seconds=600, interpreter=None):
+        """Runs a shell command; its exit status and everything that it said. With the name of a
+        file of binfmt.d the kernel runs other machines' programs by that interpreter, even those
+        that start themselves again: in a user name space, which has a register of its own."""
+        words = ["nsenter", "--target", self._inside, "--mount", "--pid"]
+        if interpreter is None:
+            words += ["--root", "--wdns=/", "sh", "-c", command]
+        else:
+            register = f"{self.folder}/proc/sys/fs/binfmt_misc"
+            words += ["unshare", "--user", "--map-root-user", "--mount", "sh", "-e", "-c",
+                      f"mount -t binfmt_misc none '{register}'\n"
+                      f"line=$(cat /usr/lib/binfmt.d/{interpreter})\n"
+                      f"printf %s \"$line\" >'{register}/register'\n"
+                      f"exec chroot '{self.folder}' sh -c \"$1\"", "sh", command]
+        done = subprocess.run(words, stdin=subprocess.DEVNULL, text=True, stdout=subprocess.PIPE,
+                              stderr=subprocess.STDOUT, check=False, env=_ENVIRONMENT,
+                              timeout=seconds)
         if check and done.returncode != 0:
             raise AssertionError(f"{command}: {done.stdout[-6000:]}")
         return done.returncode, done.stdout
