@@ -17,7 +17,7 @@ import re
 import sys
 
 TOP = pathlib.Path(__file__).resolve().parents[2]
-_BLOCK = re.compile(r"(<!-- session: (\S+) -->\n+```text\n)(.*?)(\n```\n)", re.S)
+_BLOCK = re.compile(r"(<!-- session: (\S+) -->\n+```text\n)(.*?)(^```$)", re.S | re.M)
 _CHANCE = re.compile(r"^\t(Ready: |Printing on |Waiting: |disc \d+: |Status|Alerts: none)")
 
 
@@ -38,7 +38,7 @@ def differences(document, build):
 def update(document, build):
     text = document.read_text(encoding="utf-8")
     document.write_text(_BLOCK.sub(
-        lambda block: block[1] + (build / block[2]).read_text(encoding="utf-8").strip() + block[4],
+        lambda block: block[1] + (build / block[2]).read_text(encoding="utf-8").strip() + "\n" + block[4],
         text), encoding="utf-8")
 
 
