@@ -8,7 +8,8 @@ BUILD_FOLDER is a build with ZR7700_COMPANIONS=ON and no ZR7700_ROOT. The page i
 of a photograph-like picture, an uncompressed CUPS raster. A filter's time is the least user + system
 time of RUNS runs (default 5); its waiting for a printer costs none. This filter runs with the
 defaults of its PPD but for the quality, the others with all of theirs. Needs bubblewrap, numpy and
-the packages printer-driver-gutenprint and printer-driver-hpcups.
+the packages printer-driver-gutenprint and printer-driver-hpcups; a filter that is not installed
+gets no row.
 """
 # SPDX-FileCopyrightText: The rastertoZR7700 authors
 # SPDX-License-Identifier: Apache-2.0
@@ -37,6 +38,16 @@ QUALITIES = ("Quality1", "Quality2", "Quality3", "Quality4")
 # The defaults that say how much work a page is.
 NAMED_OPTIONS = ("Resolution", "MediaType", "ColorMatching", "InnerDiameter", "OuterMargin",
                  "Saturation", "Bidi")
+
+FILTERS = "/usr/lib/cups/filter"
+# The other filters: their names, and what prints their PPDs.
+PEERS = {
+    "rastertogutenprint (Epson R300)": ("rastertogutenprint.5.3", [
+        "/usr/lib/cups/driver/gutenprint.5.3", "cat", "gutenprint.5.3://escp2-r300/expert"]),
+    "hpcups (HP Photosmart D5300)": ("hpcups", [
+        "/usr/lib/cups/daemon/cups-driverd", "cat",
+        "drv:///hpcups.drv/hp-photosmart_d5300_series.ppd"]),
+}
 
 
 def photograph():
@@ -98,7 +109,7 @@ def peer(folder, page_file, name, ppd_command):
     ppd = folder / f"{name}.ppd"
     with open(ppd, "wb") as output:
         subprocess.run(ppd_command, stdout=output, stderr=subprocess.DEVNULL, check=True)
-    return lambda: run_peer(f"/usr/lib/cups/filter/{name}", ppd, page_file)
+    return lambda: run_peer(f"{FILTERS}/{name}", ppd, page_file)
 
 
 def main():
@@ -114,16 +125,9 @@ def main():
         page_file.write_bytes(page)
         rows = {f"rastertoZR7700, {family}, {quality}": ours(build, page, family, quality)
                 for family in FAMILIES for quality in QUALITIES}
-        rows |= {
-            "rastertogutenprint (Epson R300)":
-                peer(folder, page_file, "rastertogutenprint.5.3",
-                     ["/usr/lib/cups/driver/gutenprint.5.3", "cat",
-                      "gutenprint.5.3://escp2-r300/expert"]),
-            "hpcups (HP Photosmart D5300)":
-                peer(folder, page_file, "hpcups",
-                     ["/usr/lib/cups/daemon/cups-driverd", "cat",
-                      "drv:///hpcups.drv/hp-photosmart_d5300_series.ppd"]),
-        }
+        rows |= {label: peer(folder, page_file, name, command)
+                 for label, (name, command) in PEERS.items()
+                 if pathlib.Path(FILTERS, name).exists()}
         ppd = (build / "ppd/zr7700.ppd").read_text()
         print("rastertoZR7700:", ", ".join(f"{option}={default_of(option, ppd)}"
                                            for option in NAMED_OPTIONS), end="\n\n")

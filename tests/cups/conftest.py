@@ -11,14 +11,11 @@ HERE = os.path.dirname(os.path.abspath(__file__))
 for folder in (HERE, os.path.join(HERE, "../jobs"), os.path.join(HERE, "../../ppd")):
     sys.path.insert(0, folder)
 
-from scheduler import Scheduler  # noqa: E402
+from scheduler import running  # noqa: E402
 
 
 @pytest.fixture(scope="session")
 def scheduler():
     """A private scheduler with one queue; every test prints on the machine it asks for."""
-    running = Scheduler()
-    try:
-        yield running
-    finally:
-        running.stop()
+    with running() as machine:
+        yield machine

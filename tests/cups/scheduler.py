@@ -7,6 +7,7 @@ to are private ones, mounted over the machine's.
 # SPDX-FileCopyrightText: The rastertoZR7700 authors
 # SPDX-License-Identifier: Apache-2.0
 
+import contextlib
 import json
 import os
 import re
@@ -106,6 +107,11 @@ def _free_port():
 
 
 class Scheduler:
+    # For kinds of machines: more of cupsd.conf, more for bubblewrap, backends of the distribution.
+    SETTINGS = ""
+    NAME_SPACES = ()
+    BACKENDS = ()
+
     def __init__(self):
         sandbox.require()
         if os.getuid() != 0:
@@ -121,7 +127,7 @@ class Scheduler:
 
     # What an administrator does once.
 
-    def _folder(self, name, owner="root", mode=0o755):
+    def folder(self, name, owner="root", mode=0o755):
         folder = self.root / name
         folder.mkdir(parents=True, exist_ok=True)
         shutil.chown(folder, owner)
@@ -130,13 +136,13 @@ class Scheduler:
 
     def _install(self):
         for name in ("etc/ppd", "etc/ssl", "spool", "cache", "run", "logs"):
-            self._folder(name)
-        shutil.chown(self._folder("spool/tmp", mode=0o1770), "root", USER)
-        shutil.chown(self._folder("cache/rss", mode=0o775), "root", USER)
-        self._folder("shm", mode=0o1777)
-        self._folder("var-tmp", mode=0o1777)
-        self._folder("var-tmp/tessary", USER)
-        self.out = self._folder("out", USER)
+            self.folder(name)
+        shutil.chown(self.folder("spool/tmp", mode=0o1770), "root", USER)
+        shutil.chown(self.folder("cache/rss", mode=0o775), "root", USER)
+        self.folder("shm", mode=0o1777)
+        self.folder("var-tmp", mode=0o1777)
+        self.folder("var-tmp/tessary", USER)
+        self.out = self.folder("out", USER)
         self._install_engine()
         self._install_programs()
         # The scheduler reads MIME files beside its configuration as well as among its data.
@@ -144,23 +150,25 @@ class Scheduler:
             shutil.copyfile(REPOSITORY / "mime" / name, self.root / "etc" / name)
         settings = {"socket": self.root / "run/cups.sock", "port": self.port,
                     "bin": self.root / "bin"}
-        (self.root / "etc/cupsd.conf").write_text(_CUPSD_CONF.format(**settings))
+        (self.root / "etc/cupsd.conf").write_text(
+            _CUPSD_CONF.format(**settings) + self.SETTINGS)
         (self.root / "etc/cups-files.conf").write_text(_CUPS_FILES_CONF.format(**settings))
 
     def _install_engine(self):
         """The engine belongs to root; the log's folder and the ini files' are the filter's."""
         for folder in (sandbox.LIBRARIES, sandbox.ENGINE_DATA):
             shutil.copytree(BUILD / "root" / folder, self.root / folder)
-        self._folder("Library/Caches", USER)
-        self._folder(sandbox.ENGINE_DATA, USER)
+        self.folder("Library/Caches", USER)
+        self.folder(sandbox.ENGINE_DATA, USER)
 
     def _install_programs(self):
         """The distribution's programs as links, ours as files that root owns."""
         for kind in ("filter", "backend", "daemon", "notifier", "monitor", "cgi-bin"):
-            folder = self._folder("bin/" + kind)
+            folder = self.folder("bin/" + kind)
             theirs = Path("/usr/lib/cups") / kind
-            for program in theirs.iterdir() if kind != "backend" and theirs.exists() else ():
-                (folder / program.name).symlink_to(program)
+            for program in theirs.iterdir() if theirs.exists() else ():
+                if kind != "backend" or program.name in self.BACKENDS:
+                    (folder / program.name).symlink_to(program)
         ours = [(BUILD / name, f"filter/{name}") for name in BEFORE_FILTER]
         for program, place in (*ours, (FILTER, "filter/rastertoZR7700"),
                                (BUILD / "zr7700virtual", "backend/zr7700virtual")):
@@ -168,7 +176,7 @@ class Scheduler:
             (self.root / "bin" / place).chmod(0o755)
 
     def _start(self):
-        command = ["bwrap", "--die-with-parent", *_machine()]
+        command = ["bwrap", "--die-with-parent", *_machine(), *self.NAME_SPACES]
         for private, place in _MOUNTS.items():
             command += ["--bind", str(self.root / private), place]
         command += ["/usr/sbin/cupsd", "-f", "-c", "/etc/cups/cupsd.conf", "-s",
@@ -176,16 +184,15 @@ class Scheduler:
         with open(self.root / "cupsd.output", "wb") as output:
             self._cupsd = subprocess.Popen(command, stdout=output, stderr=output,
                                            stdin=subprocess.DEVNULL)
-        wait_for("a scheduler that answers", lambda: self._client("lpstat", "-r", check=False)
+        wait_for("a scheduler that answers", lambda: self.client("lpstat", "-r", check=False)
                  .startswith("scheduler is running"))
 
     def _add_queue(self):
-        self._client("lpadmin", "-p", QUEUE, "-E", "-v", self.uri(), "-P",
+        self.client("lpadmin", "-p", QUEUE, "-E", "-v", self.uri(), "-P",
                      self.ppd, "-o", "printer-error-policy=abort-job")
 
     def stop(self):
-        for job in self.jobs("not-completed"):
-            self._client("cancel", str(job), check=False)
+        self.client("cancel", "-a", check=False)
         self._cupsd.terminate()
         try:
             self._cupsd.wait(20)
@@ -197,7 +204,7 @@ class Scheduler:
 
     # What a person does, and sees.
 
-    def _client(self, name, *words, check=True):
+    def client(self, name, *words, check=True):
         done = subprocess.run([name, "-h", str(self.root / "run/cups.sock"), *words],
                               capture_output=True, text=True, check=False, timeout=60,
                               env={"PATH": "/usr/sbin:/usr/bin:/sbin:/bin", "LC_ALL": "C.UTF-8"})
@@ -219,7 +226,7 @@ class Scheduler:
         if script:
             (self.root / "out/script").write_text(script)
             parameters["script"] = self.root / "out/script"
-        self._client("lpadmin", "-p", QUEUE, "-v", self.uri(**parameters))
+        self.client("lpadmin", "-p", QUEUE, "-v", self.uri(**parameters))
         shown = "&".join(f"{name}={value}" for name, value in parameters.items())
         shown = f"?{shown}" if shown else ""
         self.tell(f"$ lpadmin -p {QUEUE} -v 'zr7700virtual:/tmp/cups/out{shown}'"
@@ -237,28 +244,28 @@ class Scheduler:
 
     def print(self, *words):
         """Sends a job with lp; its number."""
-        said = self._client("lp", "-d", QUEUE, *map(str, words))
+        said = self.client("lp", "-d", QUEUE, *map(str, words))
         self.tell(f"$ lp -d {QUEUE} {' '.join(map(str, words))}\n{said.strip()}")
         return int(re.search(rf"request id is {QUEUE}-(\d+)", said)[1])
 
     def cancel(self, job):
-        self._client("cancel", str(job))
+        self.client("cancel", str(job))
         self.tell(f"$ cancel {job}")
 
     def jobs(self, which):
         return [int(number) for number in
-                re.findall(rf"^{QUEUE}-(\d+) ", self._client("lpstat", "-W", which, "-o"), re.M)]
+                re.findall(rf"^{QUEUE}-(\d+) ", self.client("lpstat", "-W", which, "-o"), re.M)]
 
     def lpstat(self, wanted=""):
         """What lpstat says of the printer, as soon as it says `wanted`: a message that is repeated
         may be hidden for a moment by another program's."""
         def ask():
-            said = self._client("lpstat", "-l", "-p", QUEUE)
+            said = self.client("lpstat", "-l", "-p", QUEUE)
             return said if wanted in said else None
         said = wait_for(f"lpstat's {wanted}", ask)
         kept = [line for line in said.splitlines() if re.match(r"printer |\t?[A-Z].*[.!] |.*Alerts|"
                                                                r"\t.*\.$", line)]
-        self.tell(f"$ lpstat -l -p {QUEUE}\n" + "\n".join(kept))
+        self.tell(re.sub(r" since .*", "", f"$ lpstat -l -p {QUEUE}\n" + "\n".join(kept)))
         return said
 
     def _ask(self, operation, group, wanted):
@@ -350,3 +357,13 @@ class Scheduler:
         """Owner's name and permission bits of a file below the private root."""
         facts = (self.root / path).stat()
         return (self.root / path).owner(), stat.S_IMODE(facts.st_mode)
+
+
+@contextlib.contextmanager
+def running(kind=Scheduler):
+    """A scheduler of that kind, until the end of the block."""
+    machine = kind()
+    try:
+        yield machine
+    finally:
+        machine.stop()

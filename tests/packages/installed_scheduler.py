@@ -14,12 +14,10 @@ from scheduler import QUEUE, Scheduler, wait_for
 
 _DISCS = "/srv/discs"
 
-
 def _free_port():
     with socket.socket() as trial:
         trial.bind(("127.0.0.1", 0))
         return trial.getsockname()[1]
-
 
 class InstalledScheduler(Scheduler):
     def __init__(self, root):  # pylint: disable=super-init-not-called
@@ -37,8 +35,6 @@ class InstalledScheduler(Scheduler):
 
     def client(self, name, *words, check=True):
         return self._machine.run(shlex.join([name, *words]), check)[1]
-
-    _client = client
 
     def machine(self, script="", **parameters):
         """One machine prints on all discs: it takes the size from the page."""
