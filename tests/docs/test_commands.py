@@ -16,6 +16,16 @@ from stage import Stage
 
 # A pattern of whole commands, the test that runs them, and what is to be found in that.
 RUN_ELSEWHERE = [
+    (r"\./package( --.*)?", "tests/packages/packages.py", 'REPOSITORY / "package"'),
+    (r"apt install \./build-packages/.*", "tests/packages/test_readme.py", 'section("Installing")'),
+    (r"service cups restart", "tests/packages/test_readme.py", '"service cups restart"'),
+    (r"lpinfo .*", "tests/packages/test_readme.py", 'section("The first disc")'),
+    (r"lpadmin -p Discs -E -v usb.*", "tests/packages/test_readme.py", 'section("The first disc")'),
+    (r"lp -d Discs .*(photo|label)\..*", "tests/packages/test_readme.py",
+     'section("The first disc")'),
+    (r"lpadmin -x Discs", "tests/packages/test_readme.py", 'section("Taking it off")'),
+    (r"apt purge .*", "tests/packages/test_readme.py", 'section("Taking it off")'),
+    (r"\./test --long", "tests/packages/CMakeLists.txt", "packages;long"),
     (r"\./demo( .*)?", "tests/picture/test_demo.py", "tools/demo_print.py"),
     (r"\./test( quick)?", "tests/papers/test_questions.py", 'TOP / "test"'),
     (r"lp -o \.\.\.", "tests/cups/test_cups.py", 'scheduler.print("-o"'),
