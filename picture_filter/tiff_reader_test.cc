@@ -49,7 +49,7 @@ void WritePage(TIFF* tiff, const TiffPage& page) {
   const uint32_t parts = page.tile_side > 0 ? TIFFNumberOfTiles(tiff) : TIFFNumberOfStrips(tiff);
   const auto part_bytes = static_cast<tmsize_t>(bytes.size() / parts);
   for (uint32_t part = 0; part < parts; ++part) {
-    uint8_t* const from = bytes.data() + part * part_bytes;
+    uint8_t* const from = bytes.data() + static_cast<tmsize_t>(part) * part_bytes;
     page.tile_side > 0 ? TIFFWriteEncodedTile(tiff, part, from, part_bytes)
                        : TIFFWriteEncodedStrip(tiff, part, from, part_bytes);
   }

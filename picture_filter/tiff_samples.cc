@@ -47,7 +47,7 @@ std::string TiffSamples::Prepare() {
   const std::string complaint = CheckHeldBytes(std::max<uint64_t>(block_bytes_, band_bytes));
   if (!complaint.empty()) return complaint;
   block_.resize(block_bytes_);
-  band_.resize(band_bytes);
+  band_.resize(static_cast<size_t>(band_bytes));
   return {};
 }
 

@@ -20,9 +20,11 @@ MACHINES = {"arm64": ("aarch64-linux-gnu", 183, 8, "aarch64"),
             "armhf": ("arm-linux-gnueabihf", 40, 4, "arm")}
 FILTER = "/usr/lib/cups/filter/rastertoZR7700"
 BACKEND = "/usr/lib/cups/backend/zr7700virtual"
-# Tests that become another user, of whom the user name space where all others run knows none; and
-# one that forbids itself memory, which qemu needs for itself.
+# Tests that become another user, of whom the user name space where all others run knows none; one
+# that forbids itself memory, which qemu needs for itself; and tests that measure time to hundredths
+# of a second, which qemu on a busy machine cannot always keep.
 OF_OTHER_USERS = "RefusesAFileThatItMayNotRead|AFailedWriteBackLeaves|OfAnotherUserIsRefused"
+OF_TIME = "ReaderAtWork"
 OF_LITTLE_MEMORY = "WithoutMemoryForTheTableItFails"
 
 
@@ -95,9 +97,12 @@ def test_units(cross):
         f" -DCMAKE_CROSSCOMPILING_EMULATOR={cross.qemu} && cmake --build /unit -j$(nproc)",
         seconds=3000)
     ctest = "ctest --test-dir /unit -j$(nproc) --label-exclude ."
-    answer = cross.root.run(f"{ctest} -E '{OF_OTHER_USERS}|{OF_LITTLE_MEMORY}'", seconds=3000,
-                            interpreter=f"qemu-{cross.qemu_name}.conf")[1]
+    qemu = f"qemu-{cross.qemu_name}.conf"
+    apart = f"{OF_OTHER_USERS}|{OF_LITTLE_MEMORY}|{OF_TIME}"
+    answer = cross.root.run(f"{ctest} -E '{apart}'", seconds=3000, interpreter=qemu)[1]
     assert tests_passed(answer) > 500
+    again = f"{ctest.replace('$(nproc)', '1')} -R '{OF_TIME}' --repeat until-pass:5"
+    assert tests_passed(cross.root.run(again, seconds=3000, interpreter=qemu)[1]) > 10
     assert tests_passed(cross.root.run(f"{ctest} -R '{OF_OTHER_USERS}'")[1]) == 3
 
 
