@@ -7,12 +7,12 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "base/log.h"
+#include "base/paths.h"
+#include "base/settings.h"
 #include "driver/command_line.h"
-#include "driver/log.h"
 #include "driver/page_loop.h"
-#include "driver/paths.h"
 #include "driver/raster_input.h"
-#include "driver/settings.h"
 #include "engine/document.h"
 #include "engine/engine_output.h"
 #include "engine/job_variables.h"

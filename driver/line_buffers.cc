@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "driver/log.h"
-#include "engine/byte_order.h"
+#include "base/byte_order.h"
+#include "base/log.h"
 
 namespace zr7700 {
 namespace {

@@ -7,8 +7,8 @@
 #include <cerrno>
 #include <cstdio>
 
+#include "base/log.h"
 #include "driver/line_buffers.h"
-#include "driver/log.h"
 #include "engine/band.h"
 #include "engine/document.h"
 #include "engine/job_variables.h"

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "driver/paths.h"
+#include "base/paths.h"
 #include "platform/platform.h"
 
 namespace zr7700 {

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "driver/log.h"
+#include "base/log.h"
 #include "engine/engine_entries.h"
 #include "engine/line_conversion.h"
 

@@ -5,9 +5,10 @@
 #include <cstdio>
 #include <cstring>
 
-#include "driver/log.h"
-#include "driver/settings.h"
-#include "engine/byte_order.h"
+#include "base/byte_order.h"
+#include "base/log.h"
+#include "base/settings.h"
+#include "base/wrapping.h"
 #include "engine/clip_buffers.h"
 #include "engine/engine_entries.h"
 #include "engine/engine_output.h"
@@ -15,7 +16,6 @@
 #include "engine/ini_file.h"
 #include "engine/job_variables.h"
 #include "engine/ppd_choices.h"
-#include "engine/wrapping.h"
 
 namespace zr7700 {
 namespace {

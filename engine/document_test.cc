@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "driver/settings.h"
+#include "base/settings.h"
 #include "engine/clip_buffers.h"
 #include "engine/engine_entries.h"
 #include "engine/engine_output.h"

@@ -4,8 +4,8 @@
 
 #include <dlfcn.h>
 
-#include "driver/log.h"
-#include "driver/paths.h"
+#include "base/log.h"
+#include "base/paths.h"
 #include "engine/engine_entries.h"
 #include "engine/job_variables.h"
 

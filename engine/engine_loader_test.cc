@@ -10,7 +10,7 @@
 #include <array>
 #include <set>
 
-#include "driver/paths.h"
+#include "base/paths.h"
 #include "engine/engine_entries.h"
 #include "engine/job_variables.h"
 #include "tests/support/job_test.h"

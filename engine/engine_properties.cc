@@ -5,12 +5,12 @@
 #include <algorithm>
 #include <cinttypes>
 
-#include "driver/log.h"
+#include "base/log.h"
+#include "base/wrapping.h"
 #include "engine/engine_codes.h"
 #include "engine/engine_entries.h"
 #include "engine/ini_file.h"
 #include "engine/margins.h"
-#include "engine/wrapping.h"
 
 namespace zr7700 {
 namespace {

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "engine/engine_properties.h"
 
-#include "driver/settings.h"
+#include "base/settings.h"
 #include "engine/engine_entries.h"
 #include "engine/job_variables.h"
 #include "tests/support/job_test.h"

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "driver/log.h"
+#include "base/log.h"
 #include "engine/job_variables.h"
 
 namespace zr7700 {
@@ -15,7 +15,8 @@ void EndProcessAtLimit(const char* limit, const char* file) {
   // whole lines only.
   if (job_variables.feedPending != 0) fputc('\n', stderr);
   LogMessage(kLogDetail, "Limit of %s exceeded: %s", limit, file);
-  fprintf(stderr, "ERROR: The print engine's settings are too long (limit of %s): %s\n", limit, file);
+  fprintf(stderr, "ERROR: The print engine's settings are too long (limit of %s): %s\n", limit,
+          file);
   exit(EXIT_FAILURE);
 }
 

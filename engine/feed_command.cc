@@ -4,8 +4,8 @@
 
 #include <cstring>
 
-#include "driver/bytes.h"
-#include "driver/log.h"
+#include "base/bytes.h"
+#include "base/log.h"
 
 namespace zr7700 {
 namespace {

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <optional>
 
-#include "engine/byte_order.h"
+#include "base/byte_order.h"
 #include "engine/clip_range.h"
 #include "engine/ink.h"
 

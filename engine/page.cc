@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "engine/page.h"
 
-#include "driver/log.h"
+#include "base/log.h"
 #include "engine/clip_buffers.h"
 #include "engine/engine_entries.h"
 #include "engine/engine_output.h"

@@ -6,8 +6,8 @@
 #include <cstring>
 #include <span>
 
+#include "base/log.h"
 #include "disc/ring.h"
-#include "driver/log.h"
 
 namespace zr7700 {
 namespace {

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "status/cartridges.h"
 
-#include "driver/log.h"
+#include "base/log.h"
 
 namespace zr7700 {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <cstdio>
 
-#include "driver/log.h"
+#include "base/log.h"
 #include "status/user_texts.h"
 
 namespace zr7700 {

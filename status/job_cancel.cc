@@ -9,8 +9,8 @@
 #include <cerrno>
 #include <cstdlib>
 
-#include "driver/log.h"
-#include "status/cancel_signal.h"
+#include "base/cancel_signal.h"
+#include "base/log.h"
 #include "status/status_memory.h"
 #include "status/status_thread.h"
 

@@ -9,13 +9,13 @@
 #include <chrono>
 #include <thread>
 
-#include "status/cancel_signal.h"
+#include "base/cancel_signal.h"
 #include "status/status_memory.h"
 #include "status/status_thread.h"
 #include "status/test_memory.h"
 #include "status/test_printer.h"
-#include "status/test_process.h"
 #include "status/test_records.h"
+#include "tests/support/own_process.h"
 
 namespace zr7700 {
 namespace {

@@ -6,10 +6,10 @@
 
 #include <cstdio>
 
-#include "driver/log.h"
+#include "base/cancel_signal.h"
+#include "base/log.h"
 #include "engine/engine_loader.h"
 #include "engine/job_variables.h"
-#include "status/cancel_signal.h"
 #include "status/cartridges.h"
 #include "status/job_cancel.h"
 #include "status/status_reader.h"

@@ -7,7 +7,7 @@
 #include <cmath>
 #include <optional>
 
-#include "driver/log.h"
+#include "base/log.h"
 #include "platform/platform.h"
 #include "status/job_cancel.h"
 #include "status/status_reader.h"

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "driver/log.h"
+#include "base/log.h"
 #include "platform/platform.h"
 #include "status/back_channel.h"
 #include "status/status_memory.h"

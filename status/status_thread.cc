@@ -8,8 +8,8 @@
 #include <atomic>
 #include <cstdint>
 
-#include "driver/log.h"
-#include "status/cancel_signal.h"
+#include "base/cancel_signal.h"
+#include "base/log.h"
 #include "status/condition_reports.h"
 #include "status/printer_conditions.h"
 #include "status/utility_notices.h"

@@ -6,7 +6,7 @@
 
 #include <cstring>
 
-#include "driver/paths.h"
+#include "base/paths.h"
 #include "status/device_relay.h"
 #include "status/unix_socket.h"
 #include "status/utility_connection.h"

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/support/job_state.h"
 
-#include "driver/settings.h"
+#include "base/settings.h"
 #include "engine/clip_buffers.h"
 #include "engine/engine_entries.h"
 #include "engine/job_variables.h"

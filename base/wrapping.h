@@ -1,8 +1,8 @@
 // Signed 32-bit arithmetic modulo 2^32, which plain C++ leaves undefined.
 // SPDX-FileCopyrightText: The rastertoZR7700 authors
 // SPDX-License-Identifier: Apache-2.0
-#ifndef ZR7700_ENGINE_WRAPPING_H_
-#define ZR7700_ENGINE_WRAPPING_H_
+#ifndef ZR7700_BASE_WRAPPING_H_
+#define ZR7700_BASE_WRAPPING_H_
 
 #include <cstdint>
 
@@ -28,4 +28,4 @@ constexpr int32_t WrappingDivide(int32_t dividend, int32_t divisor) {
 
 }  // namespace zr7700
 
-#endif  // ZR7700_ENGINE_WRAPPING_H_
+#endif  // ZR7700_BASE_WRAPPING_H_

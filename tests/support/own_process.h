@@ -1,8 +1,8 @@
 // A test body that runs in a process of its own, for what a process can do only once.
 // SPDX-FileCopyrightText: The rastertoZR7700 authors
 // SPDX-License-Identifier: Apache-2.0
-#ifndef ZR7700_STATUS_TEST_PROCESS_H_
-#define ZR7700_STATUS_TEST_PROCESS_H_
+#ifndef ZR7700_TESTS_SUPPORT_OWN_PROCESS_H_
+#define ZR7700_TESTS_SUPPORT_OWN_PROCESS_H_
 
 #include <functional>
 
@@ -14,4 +14,4 @@ void InOwnProcess(const std::function<void()>& body);
 
 }  // namespace zr7700::test
 
-#endif  // ZR7700_STATUS_TEST_PROCESS_H_
+#endif  // ZR7700_TESTS_SUPPORT_OWN_PROCESS_H_

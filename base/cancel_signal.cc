@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The rastertoZR7700 authors
 // SPDX-License-Identifier: Apache-2.0
-#include "status/cancel_signal.h"
+#include "base/cancel_signal.h"
 
 #include <fcntl.h>
 #include <poll.h>

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The rastertoZR7700 authors
 // SPDX-License-Identifier: Apache-2.0
-#include "status/cancel_signal.h"
+#include "base/cancel_signal.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -13,7 +13,7 @@
 #include <chrono>
 #include <thread>
 
-#include "status/test_process.h"
+#include "tests/support/own_process.h"
 
 namespace zr7700 {
 namespace {

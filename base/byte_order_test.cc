@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The rastertoZR7700 authors
 // SPDX-License-Identifier: Apache-2.0
-#include "engine/byte_order.h"
+#include "base/byte_order.h"
 
 #include <gtest/gtest.h>
 

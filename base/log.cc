@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The rastertoZR7700 authors
 // SPDX-License-Identifier: Apache-2.0
-#include "driver/log.h"
+#include "base/log.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

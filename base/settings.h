@@ -1,8 +1,8 @@
 // The settings file: eleven tuning values that an administrator may override.
 // SPDX-FileCopyrightText: The rastertoZR7700 authors
 // SPDX-License-Identifier: Apache-2.0
-#ifndef ZR7700_DRIVER_SETTINGS_H_
-#define ZR7700_DRIVER_SETTINGS_H_
+#ifndef ZR7700_BASE_SETTINGS_H_
+#define ZR7700_BASE_SETTINGS_H_
 
 #include <cstddef>
 #include <cstdint>
@@ -47,4 +47,4 @@ bool WriteNumberSetting(const char* path, const char* key, int32_t value);
 
 }  // namespace zr7700
 
-#endif  // ZR7700_DRIVER_SETTINGS_H_
+#endif  // ZR7700_BASE_SETTINGS_H_

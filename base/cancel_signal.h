@@ -4,8 +4,8 @@
 // cancel's effects about on the main thread.
 // SPDX-FileCopyrightText: The rastertoZR7700 authors
 // SPDX-License-Identifier: Apache-2.0
-#ifndef ZR7700_STATUS_CANCEL_SIGNAL_H_
-#define ZR7700_STATUS_CANCEL_SIGNAL_H_
+#ifndef ZR7700_BASE_CANCEL_SIGNAL_H_
+#define ZR7700_BASE_CANCEL_SIGNAL_H_
 
 #include <signal.h>
 
@@ -40,4 +40,4 @@ class CancelBlock {
 
 }  // namespace zr7700
 
-#endif  // ZR7700_STATUS_CANCEL_SIGNAL_H_
+#endif  // ZR7700_BASE_CANCEL_SIGNAL_H_

@@ -1,8 +1,8 @@
 // The host's byte order.
 // SPDX-FileCopyrightText: The rastertoZR7700 authors
 // SPDX-License-Identifier: Apache-2.0
-#ifndef ZR7700_ENGINE_BYTE_ORDER_H_
-#define ZR7700_ENGINE_BYTE_ORDER_H_
+#ifndef ZR7700_BASE_BYTE_ORDER_H_
+#define ZR7700_BASE_BYTE_ORDER_H_
 
 #include <bit>
 #include <cstdint>
@@ -25,4 +25,4 @@ constexpr uint32_t SwapBytes32(uint32_t value) {
 
 }  // namespace zr7700
 
-#endif  // ZR7700_ENGINE_BYTE_ORDER_H_
+#endif  // ZR7700_BASE_BYTE_ORDER_H_

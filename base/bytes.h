@@ -1,8 +1,8 @@
 // Bytes as numbers, at addresses of any alignment. Plain functions: any thread.
 // SPDX-FileCopyrightText: The rastertoZR7700 authors
 // SPDX-License-Identifier: Apache-2.0
-#ifndef ZR7700_DRIVER_BYTES_H_
-#define ZR7700_DRIVER_BYTES_H_
+#ifndef ZR7700_BASE_BYTES_H_
+#define ZR7700_BASE_BYTES_H_
 
 #include <cstdint>
 #include <span>
@@ -32,4 +32,4 @@ constexpr uint8_t SumOfBytes(std::span<const uint8_t> bytes) {
 
 }  // namespace zr7700
 
-#endif  // ZR7700_DRIVER_BYTES_H_
+#endif  // ZR7700_BASE_BYTES_H_

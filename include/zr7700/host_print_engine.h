@@ -36,8 +36,8 @@
  *
  * SPDX-FileCopyrightText: The rastertoZR7700 authors
  * SPDX-License-Identifier: Apache-2.0 */
-#ifndef ZR7700_ENGINE_HOST_PRINT_ENGINE_H_
-#define ZR7700_ENGINE_HOST_PRINT_ENGINE_H_
+#ifndef ZR7700_HOST_PRINT_ENGINE_H_
+#define ZR7700_HOST_PRINT_ENGINE_H_
 
 #include <stdint.h>
 
@@ -141,4 +141,4 @@ typedef int32_t (*SetAlignmentInformationEntry)(HPEHandle, uint32_t item, uint32
 } /* extern "C" */
 #endif
 
-#endif /* ZR7700_ENGINE_HOST_PRINT_ENGINE_H_ */
+#endif /* ZR7700_HOST_PRINT_ENGINE_H_ */

@@ -4,8 +4,8 @@
 // administrator can move or empty the file at any time.
 // SPDX-FileCopyrightText: The rastertoZR7700 authors
 // SPDX-License-Identifier: Apache-2.0
-#ifndef ZR7700_DRIVER_LOG_H_
-#define ZR7700_DRIVER_LOG_H_
+#ifndef ZR7700_BASE_LOG_H_
+#define ZR7700_BASE_LOG_H_
 
 namespace zr7700 {
 
@@ -35,4 +35,4 @@ void LogMessage(int level, const char* format, ...) __attribute__((format(printf
 
 }  // namespace zr7700
 
-#endif  // ZR7700_DRIVER_LOG_H_
+#endif  // ZR7700_BASE_LOG_H_

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The rastertoZR7700 authors
 // SPDX-License-Identifier: Apache-2.0
-#include "driver/settings.h"
+#include "base/settings.h"
 
 #include <cstring>
 #include <string>

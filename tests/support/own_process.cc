@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The rastertoZR7700 authors
 // SPDX-License-Identifier: Apache-2.0
-#include "status/test_process.h"
+#include "tests/support/own_process.h"
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>

@@ -4,8 +4,8 @@
 // demonstration leave the machine alone.
 // SPDX-FileCopyrightText: The rastertoZR7700 authors
 // SPDX-License-Identifier: Apache-2.0
-#ifndef ZR7700_DRIVER_PATHS_H_
-#define ZR7700_DRIVER_PATHS_H_
+#ifndef ZR7700_BASE_PATHS_H_
+#define ZR7700_BASE_PATHS_H_
 
 #ifndef ZR7700_ROOT
 #define ZR7700_ROOT ""
@@ -89,4 +89,4 @@ inline constexpr EngineFamily kGranite = {
 
 }  // namespace zr7700::paths
 
-#endif  // ZR7700_DRIVER_PATHS_H_
+#endif  // ZR7700_BASE_PATHS_H_
