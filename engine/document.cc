@@ -45,7 +45,6 @@ bool InitializeEngine(const JobVariables& variables) {
   }
   LogMessage(kLogDetail, "   HPEInitialize Success %s %s", variables.enginePath3,
              variables.enginePath4);
-  engineFlags |= kEngineInitialised;
   return true;
 }
 

@@ -49,14 +49,14 @@ void WritePrintDirection(const char* slot, const char* key, const char* value) {
   }
 }
 
-void SetPrintDirection(const JobVariables& variables) {
+void PushPrintDirection(const JobVariables& variables) {
   const bool both_ways = variables.bidirectional == 1;
   LogMessage(kLogDetail, "     Setting print direction to %s", both_ways ? "BIDI" : "UNI");
   WritePrintDirection("Slot1", "Slot1PrintDirection=", both_ways ? "0" : "2");
   WritePrintDirection("Slot2", "Slot2PrintDirection=", both_ways ? "0" : "1");
 }
 
-bool SetResolution(const JobVariables& variables) {
+bool PushResolution(const JobVariables& variables) {
   const uint32_t horizontal = variables.horzResolution;
   const uint32_t vertical = variables.vertResolution;
   bool ok = ReportNumber("SetHorzInputResolution",
@@ -75,7 +75,7 @@ int32_t NarrowestDots(const JobVariables& variables) {
   return WrappingMultiply(kNarrowestInches, static_cast<int32_t>(variables.horzResolution));
 }
 
-bool SetLeftMargin(const JobVariables& variables) {
+bool PushLeftMargin(const JobVariables& variables) {
   int32_t margin = std::max(ripGetMarginWidth(variables), 0);
   if (IsNarrow(variables)) {
     LogMessage(kLogDetail, "      Left Margin = (%" PRId32 ")", margin);
@@ -88,18 +88,18 @@ bool SetLeftMargin(const JobVariables& variables) {
   return ReportNumber("SetLeftMargin", hpe::SetLeftMargin(engineHandle, margin), margin);
 }
 
-bool SetTopMargin(const JobVariables& variables) {
+bool PushTopMargin(const JobVariables& variables) {
   const int32_t margin = std::max(variables.topDiscOffset, 0);
   return ReportNumber("SetTopMargin", hpe::SetTopMargin(engineHandle, margin), margin);
 }
 
-bool SetPhysicalWidth(const JobVariables& variables) {
+bool PushPhysicalWidth(const JobVariables& variables) {
   // 8.5 inches; 5100 dots at 600 dpi.
   const auto width = static_cast<int32_t>(variables.horzResolution * 5100U / 600U);
   return ReportNumber("SetPhysicalWidth", hpe::SetPhysicalWidth(engineHandle, width), width);
 }
 
-bool SetPrintableWidth(const JobVariables& variables) {
+bool PushPrintableWidth(const JobVariables& variables) {
   auto width = static_cast<int32_t>(variables.pageWidth);
   if (IsNarrow(variables)) {
     LogMessage(kLogDetail, "      Print Width = (%" PRId32 ")", width);
@@ -110,7 +110,7 @@ bool SetPrintableWidth(const JobVariables& variables) {
   return ReportNumber("SetPrintableWidth", hpe::SetPrintableWidth(engineHandle, width), width);
 }
 
-bool SetPrintableHeight(const JobVariables& variables) {
+bool PushPrintableHeight(const JobVariables& variables) {
   const auto height = static_cast<int32_t>(variables.pageHeight);
   return ReportNumber("SetPrintableHeight", hpe::SetPrintableHeight(engineHandle, height), height);
 }
@@ -125,7 +125,7 @@ bool ReportPattern(const char* failure, int32_t status) {
 
 // Slot 0 holds the colour cartridge, slot 1 would hold a black one. The two failure lines are
 // indented differently.
-bool SetCartridges() {
+bool PushCartridges() {
   const int32_t color_status = hpe::SetInstalledCartridge(engineHandle, 0, 4, 1);
   LogMessage(kLogDetail, "      CMY Cartridge Installed");
   bool ok = ReportPattern("   SetInstalledCartridge", color_status);
@@ -135,7 +135,7 @@ bool SetCartridges() {
   return ok;
 }
 
-bool SetQualityAndMedia(const JobVariables& variables) {
+bool PushQualityAndMedia(const JobVariables& variables) {
   const bool is_heron = variables.isHeron == 1;
   const EngineCode quality = QualityCode(is_heron, variables.PrintQuality);
   LogMessage(kLogDetail, "     Resolution %s", quality.log_text);
@@ -147,12 +147,12 @@ bool SetQualityAndMedia(const JobVariables& variables) {
   return ok;
 }
 
-bool SetPageIntent() {
+bool PushPageIntent() {
   LogMessage(kLogDetail, "      Setting PageIntent to PI_Photos");
   return ReportPattern("      SetPageIntent", hpe::SetPageIntent(engineHandle, kPageIntentPhotos));
 }
 
-bool SetSharpening(const JobVariables& variables) {
+bool PushSharpening(const JobVariables& variables) {
   int32_t level = variables.ImageSharpeningValue;
   if (level < 1 || level > kHighestSharpening) level = kHighestSharpening;
   const int32_t status = hpe::SetImageSharpeningLevel(engineHandle, level);
@@ -160,7 +160,7 @@ bool SetSharpening(const JobVariables& variables) {
   return ReportNumber("SetImageSharpeningLevel", status, level);
 }
 
-void SetAlignment(const JobVariables& variables) {
+void PushAlignment(const JobVariables& variables) {
   const AlignmentItem items[] = {{0, 112},
                                  {1, 112},
                                  {2, 112},
@@ -178,21 +178,21 @@ void SetAlignment(const JobVariables& variables) {
 
 bool SetHPEProperties(const JobVariables& variables) {
   LogMessage(kLogMilestone, "   SetHPEProperties: Printing with the following FERRO settings");
-  SetPrintDirection(variables);
-  bool ok = SetResolution(variables);
-  ok &= SetLeftMargin(variables);
-  ok &= SetTopMargin(variables);
-  ok &= SetPhysicalWidth(variables);
-  ok &= SetPrintableWidth(variables);
-  ok &= SetPrintableHeight(variables);
-  ok &= SetCartridges();
-  ok &= SetQualityAndMedia(variables);
+  PushPrintDirection(variables);
+  bool ok = PushResolution(variables);
+  ok &= PushLeftMargin(variables);
+  ok &= PushTopMargin(variables);
+  ok &= PushPhysicalWidth(variables);
+  ok &= PushPrintableWidth(variables);
+  ok &= PushPrintableHeight(variables);
+  ok &= PushCartridges();
+  ok &= PushQualityAndMedia(variables);
   ok &= ReportNumber("SetPaperTray", hpe::SetPaperTray(engineHandle, kDiscTray), kDiscTray);
-  ok &= SetPageIntent();
-  ok &= SetSharpening(variables);
+  ok &= PushPageIntent();
+  ok &= PushSharpening(variables);
   ok &= ReportNumber("SetHPERasterFormat", hpe::SetHPERasterFormat(engineHandle, kRasterFormatRgbm),
                      kRasterFormatRgbm);
-  SetAlignment(variables);
+  PushAlignment(variables);
   return ok;
 }
 

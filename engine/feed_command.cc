@@ -29,18 +29,18 @@ void LogFeed(const char* what, uint32_t value, const uint8_t* bytes) {
 
 }  // namespace
 
-void AdjustFirstFeed(JobVariables& variables, std::span<uint8_t> block) {
+bool AdjustFirstFeed(int32_t adjustment, std::span<uint8_t> block) {
   uint8_t* const command = Find(block, kFeed);
-  if (command == nullptr) return;
+  if (command == nullptr) return false;
   const auto position = static_cast<size_t>(command - block.data());
-  if (block.size() - position < kFeedBytes) return;
-  variables.feedPending = 0;
+  if (block.size() - position < kFeedBytes) return false;
   uint8_t* const value_bytes = command + sizeof kFeed;
   const uint32_t found_value = LoadBigEndian32(value_bytes);
   LogFeed("Found", found_value, value_bytes);
-  const uint32_t adjusted = found_value + static_cast<uint32_t>(variables.FeedAdjust);
+  const uint32_t adjusted = found_value + static_cast<uint32_t>(adjustment);
   StoreBigEndian32(adjusted, value_bytes);
   LogFeed("Set", adjusted, value_bytes);
+  return true;
 }
 
 int AdjustFeed16(uint8_t* data, const uint32_t& length_bytes, bool& found, int16_t adjustment) {

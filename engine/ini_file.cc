@@ -83,7 +83,7 @@ bool Rewrite(const char* path, const std::string& text) {
 }
 
 // The file's old text, as far as it can be read; nothing when it cannot be opened.
-std::optional<std::string> OldText(const char* path) {
+std::optional<std::string> ReadOldText(const char* path) {
   std::string text;
   switch (ReadRegularFile(path, Links::kRefused, kMostBytes, text)) {
     case FileReading::kMissing:
@@ -150,7 +150,7 @@ std::optional<std::string> WithoutKey(const char* path, std::string_view old_tex
 
 bool WriteFerroIniFile(const char* section, const char* key, const char* value) {
   const char* const path = job_variables.engineIniPath;
-  const std::optional<std::string> old_text = OldText(path);
+  const std::optional<std::string> old_text = ReadOldText(path);
   if (!old_text) {
     LogMessage(kLogDetail, "ferro ini file not present trying to create");
     NewText text(path);
@@ -163,7 +163,7 @@ bool WriteFerroIniFile(const char* section, const char* key, const char* value) 
 
 bool RemoveFerroIniKey(const char* section, const char* key) {
   const char* const path = job_variables.engineIniPath;
-  const std::optional<std::string> old_text = OldText(path);
+  const std::optional<std::string> old_text = ReadOldText(path);
   if (!old_text) {
     LogMessage(kLogDetail, "Unable to open ferro ini file for writing");
     return ReportFailure();

@@ -29,7 +29,6 @@ struct JobVariables {
   uint32_t pageHeight;
   uint32_t pageWidth;
 
-  uint8_t feedPending;    // 1 from page start until the engine's first feed command
   uint8_t alignmentSkip;  // nothing sets it: the alignment is always checked
 
   // Copies of settings and constants.
@@ -93,10 +92,6 @@ extern JobVariables job_variables;
 // The engine instance (main thread) that every entry is called with; null until the document is set
 // up.
 extern HPEHandle engineHandle;
-
-// Main thread. Bit 0: the engine is initialised and no print header has been written since.
-extern uint8_t engineFlags;
-inline constexpr uint8_t kEngineInitialised = 0x01;
 
 }  // namespace zr7700
 

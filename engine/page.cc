@@ -99,8 +99,6 @@ void SendPrintHeader(const JobVariables& variables) {
   PrintHeader bytes = BuildPrintHeader(variables, ink_warning);
   WriteEngineOutput(nullptr, bytes.data(), bytes.size());
   LogMessage(kLogDetail, "     Print HEADER written");
-  // The flag stands for an engine whose output the printer has not been told of yet.
-  engineFlags &= static_cast<uint8_t>(~kEngineInitialised);
 }
 
 bool SetProperties(const JobVariables& variables) {
@@ -132,7 +130,6 @@ bool StartPage(const cups_page_header2_t& header) {
     LogMessage(kLogDetail, "   Unable to create ClipDataBufs!");
     return false;
   }
-  variables.feedPending = 1;
   SendPrintHeader(variables);
   if (!SetProperties(variables) || !StartEnginePage()) return false;
   LogMessage(kLogMilestone, "START_PAGE_END");

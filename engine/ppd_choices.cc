@@ -32,8 +32,8 @@ constexpr uint8_t kOtherColorMatching = 1;
 constexpr uint8_t kOneDirection = 0;
 constexpr uint8_t kBothDirections = 1;
 
-// The option's marked keyword, logged, or null. Owned by the PPD.
-const char* MarkedKeyword(ppd_file_t* ppd, const char* option) {
+// Logs the option's marked keyword and returns it, or null. Owned by the PPD.
+const char* TakeKeyword(ppd_file_t* ppd, const char* option) {
   const ppd_choice_t* const choice = ppdFindMarkedChoice(ppd, option);
   if (choice == nullptr) return nullptr;
   LogMessage(kLogMilestone, "   %sChoice : %s", option, choice->choice);
@@ -52,20 +52,20 @@ uint8_t ValueOf(std::span<const KeywordRow> rows, const char* keyword, uint8_t o
 
 void ReadKeyword(ppd_file_t* ppd, const char* option, std::span<const KeywordRow> rows,
                  uint8_t other, uint8_t& field) {
-  const char* const keyword = MarkedKeyword(ppd, option);
+  const char* const keyword = TakeKeyword(ppd, option);
   if (keyword != nullptr) field = ValueOf(rows, keyword, other);
 }
 
 }  // namespace
 
 void ReadDiscChoices(ppd_file_t* ppd, JobVariables& variables) {
-  if (const char* const keyword = MarkedKeyword(ppd, "InnerDiameter")) {
+  if (const char* const keyword = TakeKeyword(ppd, "InnerDiameter")) {
     variables.InnerDiam = static_cast<uint32_t>(NumberOf(keyword));
   }
-  if (const char* const keyword = MarkedKeyword(ppd, "Saturation")) {
+  if (const char* const keyword = TakeKeyword(ppd, "Saturation")) {
     variables.InkSaturation = static_cast<uint8_t>(NumberOf(keyword));
   }
-  if (const char* const keyword = MarkedKeyword(ppd, "OuterMargin")) {
+  if (const char* const keyword = TakeKeyword(ppd, "OuterMargin")) {
     variables.OuterMargin = static_cast<uint32_t>(MarginDots(NumberOf(keyword)));
   }
 }

@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "base/log.h"
+#include "base/standard_error.h"
 #include "status/user_texts.h"
 
 namespace zr7700 {
@@ -43,8 +44,8 @@ bool AlignmentNeededReported = false;
 void Report(const ConditionTexts& texts, bool holds, bool& reported) {
   if (holds == reported) return;
   reported = holds;
-  if (texts.reason != nullptr) fprintf(stderr, "STATE: %c%s", holds ? '+' : '-', texts.reason);
-  fputs(holds ? texts.turned_on : texts.turned_off, stderr);
+  if (texts.reason != nullptr) TellCups("STATE: %c%s", holds ? '+' : '-', texts.reason);
+  TellCups("%s", holds ? texts.turned_on : texts.turned_off);
   LogMessage(kLogDetail, "%s %s", holds ? "Setting" : "Clearing", texts.log_name);
 }
 
@@ -52,7 +53,7 @@ void Report(const ConditionTexts& texts, bool holds, bool& reported) {
 
 void ClearPrinterStates() {
   for (const char* reason : {kInkEmptyReason, kInkLowReason, kPaperOutReason}) {
-    fprintf(stderr, "STATE: -%s", reason);
+    TellCups("STATE: -%s", reason);
   }
 }
 

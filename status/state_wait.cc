@@ -48,7 +48,7 @@ bool WaitForPrinterState(PrinterStatusRecord& record, char state, bool equal, in
       result = false;
       break;
     }
-    if (JobCancelled()) {
+    if (TakeCancel()) {
       LogMessage(kLogMilestone, "WaitForPrinterState Job Cancelled");
       return false;
     }

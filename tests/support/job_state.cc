@@ -13,7 +13,6 @@ void ResetJobState() {
   if (job_variables.clipDataBufs != nullptr) ClipDataBufsDelete(job_variables);
   job_variables = JobVariables{};
   engineHandle = nullptr;
-  engineFlags = 0;
   engine_entries = EngineEntryTable{};
   settings = Settings{};
 }
