@@ -35,56 +35,74 @@ inline constexpr char kReplySocket[] = ZR7700_SOCKETS "/com.tessary.zr77002.sock
 
 inline constexpr char kStatusMemory[] = "/" ZR7700_SHM_PREFIX "TessaryZR7700PrinterMMap";
 
-// One engine family: its four libraries in the order in which they are opened, and the files that
-// they read. The engine completes the four path prefixes itself.
+// What an engine reads. It completes the four path prefixes itself.
+struct EngineFiles {
+  const char* enginePath1;
+  const char* enginePath2;
+  const char* enginePath3;
+  const char* enginePath4;
+  const char* colorTableStandard;
+  const char* colorTablePhoto;
+  const char* colorTablePhotoGlossy;
+  const char* engineIniPath;
+};
+
+// One engine family: the letters of its cartridges, its four libraries in the order in which they
+// are opened, and its files.
 struct EngineFamily {
   const char* name;
-  const char* flib;
-  const char* hpec;
-  const char* hpeh;
-  const char* hpep;
-  const char* engine_path1;
-  const char* engine_path2;
-  const char* engine_path3;
-  const char* engine_path4;
-  const char* color_table_standard;
-  const char* color_table_photo;
-  const char* color_table_photo_glossy;
-  const char* engine_ini;
+  const char* cartridge_letters;
+  bool is_heron;
+  const char* libraries[4];
+  EngineFiles files;
 };
+
+// The library of the four that holds the entries.
+inline constexpr int kEntryLibrary = 1;
 
 // Both photo tables of Heron are one file, and all its prefixes lie in the shared folder, while
 // Granite keeps its first three with the libraries: the engines are installed like that.
-inline constexpr EngineFamily kHeron = {
-    .name = "Heron",
-    .flib = ZR7700_LIBRARIES "/tqheflib.framework/tqheflib",
-    .hpec = ZR7700_LIBRARIES "/tqhehpec.framework/tqhehpec",
-    .hpeh = ZR7700_LIBRARIES "/tqhehpeh.framework/tqhehpeh",
-    .hpep = ZR7700_LIBRARIES "/tqhehpep.framework/tqhehpep",
-    .engine_path1 = ZR7700_ENGINE_DATA "/tqhe",
-    .engine_path2 = ZR7700_ENGINE_DATA "/tqhe",
-    .engine_path3 = ZR7700_ENGINE_DATA "/tqhe",
-    .engine_path4 = ZR7700_ENGINE_DATA "/tqhe",
-    .color_table_standard = ZR7700_ENGINE_DATA "/tqhebsclr1",
-    .color_table_photo = ZR7700_ENGINE_DATA "/tqhebsclrL",
-    .color_table_photo_glossy = ZR7700_ENGINE_DATA "/tqhebsclrL",
-    .engine_ini = ZR7700_ENGINE_DATA "/tqhecfg.ini",
-};
-
-inline constexpr EngineFamily kGranite = {
-    .name = "Granite",
-    .flib = ZR7700_LIBRARIES "/tqgrflib.framework/tqgrflib",
-    .hpec = ZR7700_LIBRARIES "/tqgrhpec.framework/tqgrhpec",
-    .hpeh = ZR7700_LIBRARIES "/tqgrhpeh.framework/tqgrhpeh",
-    .hpep = ZR7700_LIBRARIES "/tqgrhpep.framework/tqgrhpep",
-    .engine_path1 = ZR7700_LIBRARIES "/tqgr",
-    .engine_path2 = ZR7700_LIBRARIES "/tqgr",
-    .engine_path3 = ZR7700_LIBRARIES "/tqgr",
-    .engine_path4 = ZR7700_ENGINE_DATA "/tqgr",
-    .color_table_standard = ZR7700_ENGINE_DATA "/tqgrclr1",
-    .color_table_photo = ZR7700_ENGINE_DATA "/tqgrclrPhoto",
-    .color_table_photo_glossy = ZR7700_ENGINE_DATA "/tqgrclrPhGlossy",
-    .engine_ini = ZR7700_ENGINE_DATA "/tqgrcfg.ini",
+inline constexpr EngineFamily kEngineFamilies[] = {
+    {
+        .name = "Granite",
+        .cartridge_letters = "QP",
+        .is_heron = false,
+        .libraries = {ZR7700_LIBRARIES "/tqgrflib.framework/tqgrflib",
+                      ZR7700_LIBRARIES "/tqgrhpec.framework/tqgrhpec",
+                      ZR7700_LIBRARIES "/tqgrhpeh.framework/tqgrhpeh",
+                      ZR7700_LIBRARIES "/tqgrhpep.framework/tqgrhpep"},
+        .files =
+            {
+                .enginePath1 = ZR7700_LIBRARIES "/tqgr",
+                .enginePath2 = ZR7700_LIBRARIES "/tqgr",
+                .enginePath3 = ZR7700_LIBRARIES "/tqgr",
+                .enginePath4 = ZR7700_ENGINE_DATA "/tqgr",
+                .colorTableStandard = ZR7700_ENGINE_DATA "/tqgrclr1",
+                .colorTablePhoto = ZR7700_ENGINE_DATA "/tqgrclrPhoto",
+                .colorTablePhotoGlossy = ZR7700_ENGINE_DATA "/tqgrclrPhGlossy",
+                .engineIniPath = ZR7700_ENGINE_DATA "/tqgrcfg.ini",
+            },
+    },
+    {
+        .name = "Heron",
+        .cartridge_letters = "UV",
+        .is_heron = true,
+        .libraries = {ZR7700_LIBRARIES "/tqheflib.framework/tqheflib",
+                      ZR7700_LIBRARIES "/tqhehpec.framework/tqhehpec",
+                      ZR7700_LIBRARIES "/tqhehpeh.framework/tqhehpeh",
+                      ZR7700_LIBRARIES "/tqhehpep.framework/tqhehpep"},
+        .files =
+            {
+                .enginePath1 = ZR7700_ENGINE_DATA "/tqhe",
+                .enginePath2 = ZR7700_ENGINE_DATA "/tqhe",
+                .enginePath3 = ZR7700_ENGINE_DATA "/tqhe",
+                .enginePath4 = ZR7700_ENGINE_DATA "/tqhe",
+                .colorTableStandard = ZR7700_ENGINE_DATA "/tqhebsclr1",
+                .colorTablePhoto = ZR7700_ENGINE_DATA "/tqhebsclrL",
+                .colorTablePhotoGlossy = ZR7700_ENGINE_DATA "/tqhebsclrL",
+                .engineIniPath = ZR7700_ENGINE_DATA "/tqhecfg.ini",
+            },
+    },
 };
 
 }  // namespace zr7700::paths

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <string>
 
+#include "base/log.h"
 #include "platform/platform.h"
 
 namespace zr7700 {
@@ -13,29 +14,41 @@ Settings settings;
 
 namespace {
 
-struct SettingKey {
+// In the order in which the log lists them.
+struct SettingRow {
   const char* key;
   int32_t Settings::*field;
+  const char* log_label;  // null: not logged
 };
 
-constexpr SettingKey kKeys[] = {
-    {"LeftMarginOffset", &Settings::LeftMarginOffset},
-    {"TopMarginOffset", &Settings::TopMarginOffset},
-    {"TopMarginOffsetHeron", &Settings::TopMarginOffsetHeron},
-    {"LeftMarginOffsetHeron", &Settings::LeftMarginOffsetHeron},
-    {"LeftMarginOffsetHeronHighQuality", &Settings::LeftMarginOffsetHeronHighQuality},
-    {"ImageSharpeningLevel", &Settings::ImageSharpeningLevel},
-    {"RunComp", &Settings::RunComp},
-    {"RunCompDiv", &Settings::RunCompDiv},
-    {"dwStatusFrequency", &Settings::dwStatusFrequency},
-    {"FeedAdjust", &Settings::FeedAdjust},
-    {"OutputDest", &Settings::OutputDest},
+constexpr SettingRow kSettings[] = {
+    {"LeftMarginOffset", &Settings::LeftMarginOffset, "LeftMarginOffset"},
+    {"LeftMarginOffsetHeron", &Settings::LeftMarginOffsetHeron, "LeftMarginOffsetHeron"},
+    {"LeftMarginOffsetHeronHighQuality", &Settings::LeftMarginOffsetHeronHighQuality,
+     "LeftMarginOffsetHeronHQ"},
+    {"TopMarginOffset", &Settings::TopMarginOffset, "TopMarginOffset"},
+    {"TopMarginOffsetHeron", &Settings::TopMarginOffsetHeron, "TopMarginOffsetHeron"},
+    {"ImageSharpeningLevel", &Settings::ImageSharpeningLevel, "ImageSharpeningLevel"},
+    {"RunCompDiv", &Settings::RunCompDiv, "RunCompDiv"},
+    {"RunComp", &Settings::RunComp, "RunComp"},
+    {"dwStatusFrequency", &Settings::dwStatusFrequency, "StatusFrequency"},
+    {"FeedAdjust", &Settings::FeedAdjust, "Feed Adjust"},
+    {"OutputDest", &Settings::OutputDest, nullptr},
 };
 
 }  // namespace
 
 void ReadSettings(const char* path) {
-  for (const SettingKey& entry : kKeys) ReadNumberSetting(path, entry.key, settings.*entry.field);
+  for (const SettingRow& row : kSettings) ReadNumberSetting(path, row.key, settings.*row.field);
+}
+
+void LogSettings() {
+  LogMessage(kLogDetail, "-----  Settings  --------");
+  for (const SettingRow& row : kSettings) {
+    if (row.log_label == nullptr) continue;
+    LogMessage(kLogDetail, "   %s: %i", row.log_label, settings.*row.field);
+  }
+  LogMessage(kLogDetail, "---------------------------");
 }
 
 bool ReadNumberSetting(const char* path, const char* key, int32_t& value) {

@@ -32,6 +32,9 @@ extern Settings settings;
 // key or a value that is no number leaves the default; nothing is reported. Main thread.
 void ReadSettings(const char* path);
 
+// Writes the settings to the log, but for OutputDest. Main thread.
+void LogSettings();
+
 // Reads one number. True when the key was found, even with a value that is no number, which leaves
 // `value` as it was; false leaves it as it was too. Main thread.
 bool ReadNumberSetting(const char* path, const char* key, int32_t& value);

@@ -32,25 +32,6 @@ constexpr unsigned kBusyPause_s = 2;
 constexpr int kIdleLimit_s = 20;
 constexpr int kFinalReads = 10;
 
-void LogSetting(const char* label, int32_t value) {
-  LogMessage(kLogDetail, "   %s: %i", label, value);
-}
-
-void LogSettings() {
-  LogMessage(kLogDetail, "-----  Settings  --------");
-  LogSetting("LeftMarginOffset", settings.LeftMarginOffset);
-  LogSetting("LeftMarginOffsetHeron", settings.LeftMarginOffsetHeron);
-  LogSetting("LeftMarginOffsetHeronHQ", settings.LeftMarginOffsetHeronHighQuality);
-  LogSetting("TopMarginOffset", settings.TopMarginOffset);
-  LogSetting("TopMarginOffsetHeron", settings.TopMarginOffsetHeron);
-  LogSetting("ImageSharpeningLevel", settings.ImageSharpeningLevel);
-  LogSetting("RunCompDiv", settings.RunCompDiv);
-  LogSetting("RunComp", settings.RunComp);
-  LogSetting("StatusFrequency", settings.dwStatusFrequency);
-  LogSetting("Feed Adjust", settings.FeedAdjust);
-  LogMessage(kLogDetail, "---------------------------");
-}
-
 void TakeSettings() {
   LogMessage(kLogMilestone, "FILTER_STARTED");
   LogMessage(kLogMilestone, "Getting Settings...");

@@ -29,7 +29,8 @@ bool SendLine(const JobVariables& variables, uint8_t* line, uint32_t pixel_count
   if (!ConvertLine(variables, line, static_cast<uint16_t>(pixel_count), static_cast<uint16_t>(y))) {
     return true;
   }
-  const int32_t status = hpe::HPESendBand(engineHandle, y, 1, pixel_count, pixel_count * 4, line);
+  const int32_t status =
+      engine_entries.HPESendBand(engineHandle, 0, y, 1, pixel_count, pixel_count * 4, line);
   if (status == HPE_OK) return true;
   LogRefusal(status, line, pixel_count, y);
   return false;

@@ -59,10 +59,11 @@ void PushPrintDirection(const JobVariables& variables) {
 bool PushResolution(const JobVariables& variables) {
   const uint32_t horizontal = variables.horzResolution;
   const uint32_t vertical = variables.vertResolution;
-  bool ok = ReportNumber("SetHorzInputResolution",
-                         hpe::SetInputResolution(engineHandle, 0, horizontal), horizontal);
-  ok &= ReportNumber("SetVertInputResolution", hpe::SetInputResolution(engineHandle, 1, vertical),
-                     vertical);
+  bool ok =
+      ReportNumber("SetHorzInputResolution",
+                   engine_entries.SetInputResolution(engineHandle, 0, horizontal), horizontal);
+  ok &= ReportNumber("SetVertInputResolution",
+                     engine_entries.SetInputResolution(engineHandle, 1, vertical), vertical);
   return ok;
 }
 
@@ -85,18 +86,19 @@ bool PushLeftMargin(const JobVariables& variables) {
     LogMessage(kLogDetail,
                "      Changing LeftMargin to (%" PRId32 ") because of printer limitation", margin);
   }
-  return ReportNumber("SetLeftMargin", hpe::SetLeftMargin(engineHandle, margin), margin);
+  return ReportNumber("SetLeftMargin", engine_entries.SetLeftMargin(engineHandle, margin), margin);
 }
 
 bool PushTopMargin(const JobVariables& variables) {
   const int32_t margin = std::max(variables.topDiscOffset, 0);
-  return ReportNumber("SetTopMargin", hpe::SetTopMargin(engineHandle, margin), margin);
+  return ReportNumber("SetTopMargin", engine_entries.SetTopMargin(engineHandle, margin), margin);
 }
 
 bool PushPhysicalWidth(const JobVariables& variables) {
   // 8.5 inches; 5100 dots at 600 dpi.
   const auto width = static_cast<int32_t>(variables.horzResolution * 5100U / 600U);
-  return ReportNumber("SetPhysicalWidth", hpe::SetPhysicalWidth(engineHandle, width), width);
+  return ReportNumber("SetPhysicalWidth", engine_entries.SetPhysicalWidth(engineHandle, width),
+                      width);
 }
 
 bool PushPrintableWidth(const JobVariables& variables) {
@@ -107,12 +109,14 @@ bool PushPrintableWidth(const JobVariables& variables) {
     LogMessage(kLogDetail, "      Changing Width to (%" PRId32 ") because of printer limitation",
                width);
   }
-  return ReportNumber("SetPrintableWidth", hpe::SetPrintableWidth(engineHandle, width), width);
+  return ReportNumber("SetPrintableWidth", engine_entries.SetPrintableWidth(engineHandle, width),
+                      width);
 }
 
 bool PushPrintableHeight(const JobVariables& variables) {
   const auto height = static_cast<int32_t>(variables.pageHeight);
-  return ReportNumber("SetPrintableHeight", hpe::SetPrintableHeight(engineHandle, height), height);
+  return ReportNumber("SetPrintableHeight", engine_entries.SetPrintableHeight(engineHandle, height),
+                      height);
 }
 
 // Logs a failure as a 32-bit pattern behind `failure`, which ends before the number.
@@ -126,10 +130,10 @@ bool ReportPattern(const char* failure, int32_t status) {
 // Slot 0 holds the colour cartridge, slot 1 would hold a black one. The two failure lines are
 // indented differently.
 bool PushCartridges() {
-  const int32_t color_status = hpe::SetInstalledCartridge(engineHandle, 0, 4, 1);
+  const int32_t color_status = engine_entries.SetInstalledCartridge(engineHandle, 0, 4, 1);
   LogMessage(kLogDetail, "      CMY Cartridge Installed");
   bool ok = ReportPattern("   SetInstalledCartridge", color_status);
-  const int32_t black_status = hpe::SetInstalledCartridge(engineHandle, 1, 3, 0);
+  const int32_t black_status = engine_entries.SetInstalledCartridge(engineHandle, 1, 3, 0);
   LogMessage(kLogDetail, "      K Cartridge Not Installed");
   ok &= ReportPattern("     SetInstalledCartridge", black_status);
   return ok;
@@ -141,21 +145,24 @@ bool PushQualityAndMedia(const JobVariables& variables) {
   LogMessage(kLogDetail, "     Resolution %s", quality.log_text);
   const EngineCode media = MediaCode(is_heron, variables.DiscSurfaceQuality);
   LogMessage(kLogDetail, "     Media %s", media.log_text);
-  bool ok = ReportNumber("SetMediaType", hpe::SetMediaType(engineHandle, media.code), media.code);
-  ok &= ReportNumber("SetOutputPrintQuality",
-                     hpe::SetOutputPrintQuality(engineHandle, quality.code), quality.code);
+  bool ok = ReportNumber("SetMediaType", engine_entries.SetMediaType(engineHandle, media.code),
+                         media.code);
+  ok &=
+      ReportNumber("SetOutputPrintQuality",
+                   engine_entries.SetOutputPrintQuality(engineHandle, quality.code), quality.code);
   return ok;
 }
 
 bool PushPageIntent() {
   LogMessage(kLogDetail, "      Setting PageIntent to PI_Photos");
-  return ReportPattern("      SetPageIntent", hpe::SetPageIntent(engineHandle, kPageIntentPhotos));
+  return ReportPattern("      SetPageIntent",
+                       engine_entries.SetPageIntent(engineHandle, kPageIntentPhotos));
 }
 
 bool PushSharpening(const JobVariables& variables) {
   int32_t level = variables.ImageSharpeningValue;
   if (level < 1 || level > kHighestSharpening) level = kHighestSharpening;
-  const int32_t status = hpe::SetImageSharpeningLevel(engineHandle, level);
+  const int32_t status = engine_entries.SetImageSharpeningLevel(engineHandle, level);
   if (status != HPE_OK) return ReportPattern("      SetImageSharpeningLevel", status);
   return ReportNumber("SetImageSharpeningLevel", status, level);
 }
@@ -170,7 +177,7 @@ void PushAlignment(const JobVariables& variables) {
                                  {7, 40},
                                  {9, 40}};
   for (const AlignmentItem& entry : items) {
-    hpe::SetAlignmentInformation(engineHandle, entry.item, entry.value);
+    engine_entries.SetAlignmentInformation(engineHandle, entry.item, entry.value);
   }
 }
 
@@ -187,10 +194,12 @@ bool SetHPEProperties(const JobVariables& variables) {
   ok &= PushPrintableHeight(variables);
   ok &= PushCartridges();
   ok &= PushQualityAndMedia(variables);
-  ok &= ReportNumber("SetPaperTray", hpe::SetPaperTray(engineHandle, kDiscTray), kDiscTray);
+  ok &=
+      ReportNumber("SetPaperTray", engine_entries.SetPaperTray(engineHandle, kDiscTray), kDiscTray);
   ok &= PushPageIntent();
   ok &= PushSharpening(variables);
-  ok &= ReportNumber("SetHPERasterFormat", hpe::SetHPERasterFormat(engineHandle, kRasterFormatRgbm),
+  ok &= ReportNumber("SetHPERasterFormat",
+                     engine_entries.SetHPERasterFormat(engineHandle, kRasterFormatRgbm),
                      kRasterFormatRgbm);
   PushAlignment(variables);
   return ok;

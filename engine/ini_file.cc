@@ -149,7 +149,7 @@ std::optional<std::string> WithoutKey(const char* path, std::string_view old_tex
 }  // namespace
 
 bool WriteFerroIniFile(const char* section, const char* key, const char* value) {
-  const char* const path = job_variables.engineIniPath;
+  const char* const path = job_variables.files.engineIniPath;
   const std::optional<std::string> old_text = ReadOldText(path);
   if (!old_text) {
     LogMessage(kLogDetail, "ferro ini file not present trying to create");
@@ -162,7 +162,7 @@ bool WriteFerroIniFile(const char* section, const char* key, const char* value) 
 }
 
 bool RemoveFerroIniKey(const char* section, const char* key) {
-  const char* const path = job_variables.engineIniPath;
+  const char* const path = job_variables.files.engineIniPath;
   const std::optional<std::string> old_text = ReadOldText(path);
   if (!old_text) {
     LogMessage(kLogDetail, "Unable to open ferro ini file for writing");

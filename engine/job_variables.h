@@ -7,6 +7,7 @@
 
 #include <cstdint>
 
+#include "base/paths.h"
 #include "zr7700/host_print_engine.h"
 
 namespace zr7700 {
@@ -63,16 +64,9 @@ struct JobVariables {
   int32_t topDiscOffset;
   uint8_t bidirectional;
 
-  // The engine family (engine_loader.cc); the strings are constants.
+  // The engine family (engine_loader.cc); the paths are constants.
   uint8_t isHeron;
-  const char* enginePath1;
-  const char* enginePath2;
-  const char* enginePath3;
-  const char* colorTableStandard;
-  const char* colorTablePhoto;
-  const char* colorTablePhotoGlossy;
-  const char* engineIniPath;
-  const char* enginePath4;
+  paths::EngineFiles files;
 
   // Job options, and the printer's readiness letter as a flag.
   uint8_t SkipLowInkFWCheck;

@@ -110,7 +110,7 @@ bool SetProperties(const JobVariables& variables) {
 
 bool StartEnginePage() {
   LogMessage(kLogDetail, "   ### HPEStartPage Called");
-  const int32_t status = hpe::HPEStartPage(engineHandle);
+  const int32_t status = engine_entries.HPEStartPage(engineHandle);
   const bool ok = status == HPE_OK;
   LogMessage(kLogDetail, "   ### HPEStartPage %s %p 0x%x", ok ? "Passsed" : "Failed", engineHandle,
              static_cast<uint32_t>(status));
@@ -139,7 +139,7 @@ bool StartPage(const cups_page_header2_t& header) {
 bool EndPage() {
   LogMessage(kLogMilestone, "END_PAGE");
   LogMessage(kLogDetail, "   ### HPEEndPage");
-  const int32_t status = hpe::HPEEndPage(engineHandle);
+  const int32_t status = engine_entries.HPEEndPage(engineHandle, 0);
   if (status != HPE_OK) {
     LogMessage(kLogDetail, "   HPEEndPage Failed 0x%x", static_cast<uint32_t>(status));
   }

@@ -44,7 +44,7 @@ class PageTest : public test::JobTest {
     v.inkLimitLow = 190000000;
     v.statusLetterReady = 1;
     v.bidirectional = 1;
-    v.engineIniPath = ini_path_.c_str();
+    v.files.engineIniPath = ini_path_.c_str();
     header_.HWResolution[0] = 600;
     header_.HWResolution[1] = 601;
     header_.cupsWidth = 2834;
@@ -260,7 +260,7 @@ TEST_F(PageTest, RefusedPageIsLoggedWithHandleAndStatus) {
 }
 
 TEST_F(PageTest, MissingPageEntryIsStatusTwo) {
-  engine_entries.HPEStartPage = nullptr;
+  engine_entries.HPEStartPage.Set(nullptr);
   EXPECT_FALSE(Start());
   EXPECT_EQ(LogLines().back(),
             "   ### HPEStartPage Failed " + PointerText(engine_.handle()) + " 0x2");

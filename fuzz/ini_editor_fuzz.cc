@@ -48,7 +48,7 @@ void EndProcessAtLimit(const char*, const char*) { throw LimitReached(); }
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t bytes) {
   using zr7700::fuzz::Require;
   static const std::string path = "/tmp/zr7700-ini-fuzz-" + std::to_string(getpid());
-  zr7700::job_variables.engineIniPath = path.c_str();
+  zr7700::job_variables.files.engineIniPath = path.c_str();
   zr7700::fuzz::Input input(data, bytes);
   const uint8_t mode = input.U8();
   const std::string value(mode >> 1, 'v');

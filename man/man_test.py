@@ -66,7 +66,7 @@ def test_every_path_is_documented():
     text = re.sub(r"//.*", "", source("base/paths.h"))
     macros = dict(re.findall(r'#define (\w+) (ZR7700_ROOT "[^"]*")', text))
     macros.update({"ZR7700_ROOT": '""', "ZR7700_SHM_PREFIX": '""'})
-    values = re.findall(r'= ((?:(?:ZR7700_\w+|"[^"]*")\s*)+)[,;]', text)
+    values = re.findall(r'((?:(?:ZR7700_\w+|"[^"]*")\s+)*"[^"]*")\s*[,;}]', text)
     paths = {path for path in (expanded(value, macros) for value in values) if "/" in path}
     documented = re.findall(r"^\.It Pa (\S+)$", section("FILES"), re.M)
     assert len(paths) > 20

@@ -50,7 +50,7 @@ typedef void* HPEHandle;
 
 enum {
   HPE_OK = 0,
-  /* What the filter's wrappers answer for an entry that the library lacks. */
+  /* What the filter's guards answer for an entry that the library lacks. */
   HPE_ENTRY_MISSING = 2,
   /* The fixed sixth argument of HPEStartDoc. */
   HPE_START_DOC_CODE = 142
