@@ -3,9 +3,12 @@
 #include "base/settings.h"
 
 #include <cstring>
+#include <optional>
 #include <string>
 
 #include "base/log.h"
+#include "base/regular_file.h"
+#include "base/replaced_file.h"
 #include "platform/platform.h"
 
 namespace zr7700 {
@@ -13,6 +16,9 @@ namespace zr7700 {
 Settings settings;
 
 namespace {
+
+using platform::Lookup;
+using platform::PropertyList;
 
 // In the order in which the log lists them.
 struct SettingRow {
@@ -36,10 +42,21 @@ constexpr SettingRow kSettings[] = {
     {"OutputDest", &Settings::OutputDest, nullptr},
 };
 
+// Nothing when the file cannot be read or holds no list.
+std::optional<PropertyList> ReadList(const char* path) {
+  std::string bytes;
+  const FileReading reading =
+      ReadRegularFile(path, Links::kFollowed, platform::kMostPropertyListBytes, bytes);
+  if (reading != FileReading::kRead) return std::nullopt;
+  return PropertyList::Parse(bytes);
+}
+
 }  // namespace
 
 void ReadSettings(const char* path) {
-  for (const SettingRow& row : kSettings) ReadNumberSetting(path, row.key, settings.*row.field);
+  const std::optional<PropertyList> list = ReadList(path);
+  if (!list) return;
+  for (const SettingRow& row : kSettings) list->Number(row.key, settings.*row.field);
 }
 
 void LogSettings() {
@@ -51,22 +68,22 @@ void LogSettings() {
   LogMessage(kLogDetail, "---------------------------");
 }
 
-bool ReadNumberSetting(const char* path, const char* key, int32_t& value) {
-  const platform::Lookup found = platform::ReadPropertyNumber(path, key, value);
-  return found == platform::Lookup::kFound || found == platform::Lookup::kOtherType;
-}
-
 bool ReadStringSetting(const char* path, const char* key, char* buffer, size_t buffer_bytes) {
+  const std::optional<PropertyList> list = ReadList(path);
+  if (!list) return false;
   std::string text;
-  const platform::Lookup found = platform::ReadPropertyString(path, key, text);
-  if (found == platform::Lookup::kFound && text.size() < buffer_bytes) {
+  if (list->String(key, text) == Lookup::kFound && text.size() < buffer_bytes) {
     memcpy(buffer, text.c_str(), text.size() + 1);
   }
-  return found != platform::Lookup::kNoList;
+  return true;
 }
 
 bool WriteNumberSetting(const char* path, const char* key, int32_t value) {
-  return platform::WritePropertyNumber(path, key, value);
+  std::optional<PropertyList> list = ReadList(path);
+  if (!list || !list->SetNumber(key, value)) return false;
+  const std::string xml = list->Xml();
+  if (!xml.empty()) ReplaceFile(path, xml);
+  return true;
 }
 
 }  // namespace zr7700

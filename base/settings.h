@@ -28,16 +28,13 @@ struct Settings {
 // The job's settings: written by ReadSettings before any other thread exists, constant afterwards.
 extern Settings settings;
 
-// Reads every setting from the property list at `path` into `settings`. A missing file, a missing
-// key or a value that is no number leaves the default; nothing is reported. Main thread.
+// Reads every setting from the property list at `path`, a regular file or a link to one, into
+// `settings`. A missing file, a missing key or a value that is no number leaves the default;
+// nothing is reported. Main thread.
 void ReadSettings(const char* path);
 
 // Writes the settings to the log, but for OutputDest. Main thread.
 void LogSettings();
-
-// Reads one number. True when the key was found, even with a value that is no number, which leaves
-// `value` as it was; false leaves it as it was too. Main thread.
-bool ReadNumberSetting(const char* path, const char* key, int32_t& value);
 
 // Reads one text as UTF-8 into `buffer` of `buffer_bytes` bytes, NUL included. True whenever the
 // file could be parsed, whether or not the key was there; a missing key, another type, or a text

@@ -2,11 +2,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "base/settings.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cstring>
+#include <filesystem>
 #include <string>
 
+#include "tests/support/log_capture.h"
+#include "tests/support/ordinary_user.h"
 #include "tests/support/temporary_folder.h"
 
 namespace zr7700 {
@@ -133,37 +138,12 @@ TEST_F(SettingsTest, NumbersAreSigned) {
   EXPECT_EQ(settings.RunComp, 2147483647);
 }
 
-TEST_F(SettingsTest, NumberReaderTellsWhetherTheKeyWasThere) {
-  Write(Dictionary("<key>Here</key><integer>5</integer>"));
-  int32_t value = 77;
-  EXPECT_FALSE(ReadNumberSetting(path_.c_str(), "There", value));
-  EXPECT_EQ(value, 77);
-  EXPECT_TRUE(ReadNumberSetting(path_.c_str(), "Here", value));
-  EXPECT_EQ(value, 5);
-}
-
-TEST_F(SettingsTest, NumberReaderFindsNothingWithoutAList) {
-  int32_t value = 77;
-  EXPECT_FALSE(ReadNumberSetting(path_.c_str(), "Here", value));
-  Write("<array></array>");
-  EXPECT_FALSE(ReadNumberSetting(path_.c_str(), "Here", value));
-  EXPECT_EQ(value, 77);
-}
-
-TEST_F(SettingsTest, NumberReaderFindsAValueOfAnotherTypeAndLeavesTheNumber) {
-  Write(Dictionary("<key>Here</key><string>5</string>"));
-  int32_t value = 77;
-  EXPECT_TRUE(ReadNumberSetting(path_.c_str(), "Here", value));
-  EXPECT_EQ(value, 77);
-}
-
-TEST_F(SettingsTest, NumberReaderReadsTheFileAnew) {
-  int32_t value = 0;
-  Write(Dictionary("<key>Here</key><integer>1</integer>"));
-  ReadNumberSetting(path_.c_str(), "Here", value);
-  Write(Dictionary("<key>Here</key><integer>2</integer>"));
-  ReadNumberSetting(path_.c_str(), "Here", value);
-  EXPECT_EQ(value, 2);
+TEST_F(SettingsTest, EveryReadingReadsTheFileAnew) {
+  Write(Dictionary("<key>FeedAdjust</key><integer>1</integer>"));
+  ReadSettings(path_.c_str());
+  Write(Dictionary("<key>FeedAdjust</key><integer>2</integer>"));
+  ReadSettings(path_.c_str());
+  EXPECT_EQ(settings.FeedAdjust, 2);
 }
 
 TEST_F(SettingsTest, StringReaderHandsOutUtf8) {
@@ -204,14 +184,76 @@ TEST_F(SettingsTest, StringReaderNeverWritesBeyondItsBuffer) {
   EXPECT_STREQ(buffer, "12345678");
 }
 
+TEST_F(SettingsTest, WhatIsNoReadableFileLeavesTheDefaults) {
+  namespace fs = std::filesystem;
+  const auto expect_defaults = [this] {
+    ReadSettings(path_.c_str());
+    ExpectDefaults();
+    EXPECT_FALSE(WriteNumberSetting(path_.c_str(), "FeedAdjust", 1));
+  };
+  fs::create_directory(path_);
+  expect_defaults();
+  fs::remove(path_);
+  ASSERT_EQ(mkfifo(path_.c_str(), 0666), 0);
+  expect_defaults();
+  fs::remove(path_);
+  for (const std::string& target : {std::string("/dev/zero"), path_}) {
+    fs::create_symlink(target, path_);
+    expect_defaults();
+    fs::remove(path_);
+  }
+  fs::permissions(folder_.path(), fs::perms(0755));
+  Write(Dictionary("<key>FeedAdjust</key><integer>-1800</integer>"));
+  chmod(path_.c_str(), 0);
+  const test::OrdinaryUser user;
+  expect_defaults();
+}
+
+TEST_F(SettingsTest, AFileOfSixteenMebibytesIsReadAndNoLongerOne) {
+  Write(Dictionary("<key>FeedAdjust</key><integer>-1800</integer>"));
+  const std::string list = test::ReadFile(path_);
+  folder_.WriteFile("settings.plist", list + std::string((16 << 20) - list.size(), '\n'));
+  ReadSettings(path_.c_str());
+  EXPECT_EQ(settings.FeedAdjust, -1800);
+  settings = Settings();
+  folder_.WriteFile("settings.plist", list + std::string((16 << 20) - list.size() + 1, '\n'));
+  ReadSettings(path_.c_str());
+  ExpectDefaults();
+  std::filesystem::resize_file(path_, uintmax_t{1} << 33);
+  ReadSettings(path_.c_str());
+  ExpectDefaults();
+}
+
+TEST_F(SettingsTest, ALinkToAFileIsFollowed) {
+  Write(Dictionary("<key>FeedAdjust</key><integer>-1800</integer>"));
+  const std::string link = folder_.PathOf("link");
+  std::filesystem::create_symlink("settings.plist", link);
+  ReadSettings(link.c_str());
+  EXPECT_EQ(settings.FeedAdjust, -1800);
+}
+
+TEST_F(SettingsTest, LogListsThemWithTheirLabels) {
+  const test::LogCapture log;
+  settings.FeedAdjust = -1800;
+  settings.LeftMarginOffsetHeronHighQuality = 5;
+  settings.OutputDest = 258;
+  LogSettings();
+  EXPECT_THAT(log.Lines(),
+              testing::ElementsAre("-----  Settings  --------", "   LeftMarginOffset: 0",
+                                   "   LeftMarginOffsetHeron: 0", "   LeftMarginOffsetHeronHQ: 5",
+                                   "   TopMarginOffset: 0", "   TopMarginOffsetHeron: 0",
+                                   "   ImageSharpeningLevel: 11", "   RunCompDiv: 3000",
+                                   "   RunComp: 1", "   StatusFrequency: 50",
+                                   "   Feed Adjust: -1800", "---------------------------"));
+}
+
 TEST_F(SettingsTest, WriterChangesAKey) {
   Write(
       Dictionary("<key>FeedAdjust</key><integer>1</integer><key>Other</key>"
                  "<string>stays</string>"));
   EXPECT_TRUE(WriteNumberSetting(path_.c_str(), "FeedAdjust", -1234));
-  int32_t value = 0;
-  EXPECT_TRUE(ReadNumberSetting(path_.c_str(), "FeedAdjust", value));
-  EXPECT_EQ(value, -1234);
+  ReadSettings(path_.c_str());
+  EXPECT_EQ(settings.FeedAdjust, -1234);
   char buffer[32] = "";
   EXPECT_TRUE(ReadStringSetting(path_.c_str(), "Other", buffer, sizeof buffer));
   EXPECT_STREQ(buffer, "stays");
@@ -220,10 +262,21 @@ TEST_F(SettingsTest, WriterChangesAKey) {
 
 TEST_F(SettingsTest, WriterAddsAKey) {
   Write(Dictionary(""));
-  EXPECT_TRUE(WriteNumberSetting(path_.c_str(), "New", 8));
-  int32_t value = 0;
-  EXPECT_TRUE(ReadNumberSetting(path_.c_str(), "New", value));
-  EXPECT_EQ(value, 8);
+  EXPECT_TRUE(WriteNumberSetting(path_.c_str(), "RunComp", 8));
+  ReadSettings(path_.c_str());
+  EXPECT_EQ(settings.RunComp, 8);
+}
+
+TEST_F(SettingsTest, AFailedWriteBackLeavesTheOldListAndIsNotReported) {
+  Write(Dictionary("<key>FeedAdjust</key><integer>1</integer>"));
+  const std::string before = test::ReadFile(path_);
+  chmod(folder_.path().c_str(), 0555);
+  {
+    const test::OrdinaryUser user;  // who cannot make a new file beside the old one
+    EXPECT_TRUE(WriteNumberSetting(path_.c_str(), "FeedAdjust", 5));
+  }
+  chmod(folder_.path().c_str(), 0755);
+  EXPECT_EQ(test::ReadFile(path_), before);
 }
 
 TEST_F(SettingsTest, WriterNeedsAList) {

@@ -1,18 +1,17 @@
 // SPDX-FileCopyrightText: The rastertoZR7700 authors
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/property_file.h"
+#include "base/replaced_file.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <climits>
 #include <cstdio>
 #include <cstdlib>
-#include <optional>
+#include <string>
 
-namespace zr7700::platform {
+namespace zr7700 {
 namespace {
 
 class Descriptor {
@@ -29,30 +28,7 @@ class Descriptor {
   int number_;
 };
 
-// The length of a regular file within the bound; nothing for any other.
-std::optional<size_t> LengthBytes(int file) {
-  struct stat facts {};
-  if (fstat(file, &facts) != 0 || !S_ISREG(facts.st_mode)) return {};
-  if (facts.st_size > static_cast<off_t>(kMaxPropertyFileBytes)) return {};
-  return static_cast<size_t>(facts.st_size);
-}
-
-// One byte more is asked for than the file was long: one that is growing is not read.
-bool ReadWhole(int file, size_t length_bytes, std::string& bytes) {
-  bytes.resize(length_bytes + 1);
-  size_t filled_bytes = 0;
-  while (filled_bytes < bytes.size()) {
-    const ssize_t got_bytes = read(file, &bytes[filled_bytes], bytes.size() - filled_bytes);
-    if (got_bytes < 0 && errno == EINTR) continue;
-    if (got_bytes < 0) return false;
-    if (got_bytes == 0) break;
-    filled_bytes += static_cast<size_t>(got_bytes);
-  }
-  bytes.resize(filled_bytes);
-  return filled_bytes <= length_bytes;
-}
-
-bool WriteWhole(int file, const std::string& bytes) {
+bool WriteWhole(int file, std::string_view bytes) {
   size_t done_bytes = 0;
   while (done_bytes < bytes.size()) {
     const ssize_t put_bytes = write(file, bytes.data() + done_bytes, bytes.size() - done_bytes);
@@ -80,14 +56,7 @@ std::string TargetOf(const char* path) {
 
 }  // namespace
 
-bool ReadPropertyFile(const char* path, std::string& bytes) {
-  const Descriptor file(open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-  if (file.number() < 0) return false;
-  const std::optional<size_t> length_bytes = LengthBytes(file.number());
-  return length_bytes && ReadWhole(file.number(), *length_bytes, bytes);
-}
-
-bool ReplacePropertyFile(const char* path, const std::string& bytes) {
+bool ReplaceFile(const char* path, std::string_view bytes) {
   const std::string target = TargetOf(path);
   struct stat old_facts {};
   if (target.empty() || stat(target.c_str(), &old_facts) != 0) return false;
@@ -102,4 +71,4 @@ bool ReplacePropertyFile(const char* path, const std::string& bytes) {
   return false;
 }
 
-}  // namespace zr7700::platform
+}  // namespace zr7700
