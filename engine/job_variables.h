@@ -80,6 +80,11 @@ inline bool IsHighQualityMedium(const JobVariables& variables) {
   return variables.DiscSurfaceQuality >= 3 && variables.DiscSurfaceQuality <= 5;
 }
 
+// True for a line within the printable band.
+inline bool IsInPrintableBand(const JobVariables& variables, uint32_t y) {
+  return variables.topOutputImage < y && y < variables.bottomOutputImage;
+}
+
 // The record, zero at start and never reset between pages.
 extern JobVariables job_variables;
 
