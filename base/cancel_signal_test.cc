@@ -154,13 +154,13 @@ TEST(WaitForInputTest, IsNotWokenByOtherSignals) {
     InstallCancelHandler();
     signal(SIGUSR1, [](int) {});
     Pipe pipe;
+    const auto start = std::chrono::steady_clock::now();
     std::thread([&pipe, main = pthread_self()] {
       std::this_thread::sleep_for(milliseconds(30));
       pthread_kill(main, SIGUSR1);
       std::this_thread::sleep_for(milliseconds(30));
       EXPECT_EQ(write(pipe.ends[1], "x", 1), 1);
     }).detach();
-    const auto start = std::chrono::steady_clock::now();
     EXPECT_TRUE(WaitForInput(pipe.ends[0]));
     EXPECT_GE(std::chrono::steady_clock::now() - start, milliseconds(50));
   });
