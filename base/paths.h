@@ -47,10 +47,9 @@ struct EngineFiles {
   const char* engineIniPath;
 };
 
-// One engine family: the letters of its cartridges, its four libraries in the order in which they
-// are opened, and its files.
+// One engine family, Granite or Heron: the letters of its cartridges, its four libraries in the
+// order in which they are opened, and its files.
 struct EngineFamily {
-  const char* name;
   const char* cartridge_letters;
   bool is_heron;
   const char* libraries[4];
@@ -64,7 +63,6 @@ inline constexpr int kEntryLibrary = 1;
 // Granite keeps its first three with the libraries: the engines are installed like that.
 inline constexpr EngineFamily kEngineFamilies[] = {
     {
-        .name = "Granite",
         .cartridge_letters = "QP",
         .is_heron = false,
         .libraries = {ZR7700_LIBRARIES "/tqgrflib.framework/tqgrflib",
@@ -84,7 +82,6 @@ inline constexpr EngineFamily kEngineFamilies[] = {
             },
     },
     {
-        .name = "Heron",
         .cartridge_letters = "UV",
         .is_heron = true,
         .libraries = {ZR7700_LIBRARIES "/tqheflib.framework/tqheflib",

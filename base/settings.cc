@@ -24,21 +24,21 @@ using platform::PropertyList;
 struct SettingRow {
   const char* key;
   int32_t Settings::*field;
-  const char* log_label;  // null: not logged
+  const char* log_text;  // null: not logged
 };
 
 constexpr SettingRow kSettings[] = {
-    {"LeftMarginOffset", &Settings::LeftMarginOffset, "LeftMarginOffset"},
-    {"LeftMarginOffsetHeron", &Settings::LeftMarginOffsetHeron, "LeftMarginOffsetHeron"},
+    {"LeftMarginOffset", &Settings::LeftMarginOffset, "   LeftMarginOffset: "},
+    {"LeftMarginOffsetHeron", &Settings::LeftMarginOffsetHeron, "   LeftMarginOffsetHeron: "},
     {"LeftMarginOffsetHeronHighQuality", &Settings::LeftMarginOffsetHeronHighQuality,
-     "LeftMarginOffsetHeronHQ"},
-    {"TopMarginOffset", &Settings::TopMarginOffset, "TopMarginOffset"},
-    {"TopMarginOffsetHeron", &Settings::TopMarginOffsetHeron, "TopMarginOffsetHeron"},
-    {"ImageSharpeningLevel", &Settings::ImageSharpeningLevel, "ImageSharpeningLevel"},
-    {"RunCompDiv", &Settings::RunCompDiv, "RunCompDiv"},
-    {"RunComp", &Settings::RunComp, "RunComp"},
-    {"dwStatusFrequency", &Settings::dwStatusFrequency, "StatusFrequency"},
-    {"FeedAdjust", &Settings::FeedAdjust, "Feed Adjust"},
+     "   LeftMarginOffsetHeronHQ: "},
+    {"TopMarginOffset", &Settings::TopMarginOffset, "   TopMarginOffset: "},
+    {"TopMarginOffsetHeron", &Settings::TopMarginOffsetHeron, "   TopMarginOffsetHeron: "},
+    {"ImageSharpeningLevel", &Settings::ImageSharpeningLevel, "   ImageSharpeningLevel: "},
+    {"RunCompDiv", &Settings::RunCompDiv, "   RunCompDiv: "},
+    {"RunComp", &Settings::RunComp, "   RunComp: "},
+    {"dwStatusFrequency", &Settings::dwStatusFrequency, "   StatusFrequency: "},
+    {"FeedAdjust", &Settings::FeedAdjust, "   Feed Adjust: "},
     {"OutputDest", &Settings::OutputDest, nullptr},
 };
 
@@ -62,8 +62,8 @@ void ReadSettings(const char* path) {
 void LogSettings() {
   LogMessage(kLogDetail, "-----  Settings  --------");
   for (const SettingRow& row : kSettings) {
-    if (row.log_label == nullptr) continue;
-    LogMessage(kLogDetail, "   %s: %i", row.log_label, settings.*row.field);
+    if (row.log_text == nullptr) continue;
+    LogMessage(kLogDetail, "%s%i", row.log_text, settings.*row.field);
   }
   LogMessage(kLogDetail, "---------------------------");
 }

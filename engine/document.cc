@@ -162,7 +162,8 @@ bool DocumentSetup(ppd_file_t* ppd) {
   JobVariables& variables = job_variables;
   LogMessage(kLogMilestone, "SETUP");
   engineHandle = engine_entries.CreateHostPrintEngine();
-  LogMessage(kLogMilestone, "   %sEndian", HostByteOrder() == kLittleEndianHost ? "Little" : "Big");
+  LogMessage(kLogMilestone,
+             HostByteOrder() == kLittleEndianHost ? "   LittleEndian" : "   BigEndian");
   if (!InitializeEngine(variables)) return false;
   ReadDiscChoices(ppd, variables);
   SetFixedGeometry(variables);

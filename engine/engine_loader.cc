@@ -52,10 +52,12 @@ bool LoadEngineLibraries(const paths::EngineFamily& family) {
   std::ranges::transform(family.libraries, library_handles,
                          [](const char* path) { return dlopen(path, RTLD_LAZY); });
   if (std::ranges::count(library_handles, nullptr) != 0) {
-    LogMessage(kLogDetail, "   Failed to load %s libraries", family.name);
+    LogMessage(kLogDetail, family.is_heron ? "   Failed to load Heron libraries"
+                                           : "   Failed to load Granite libraries");
     return false;
   }
-  LogMessage(kLogMilestone, "   Successfully loaded %s libraries", family.name);
+  LogMessage(kLogMilestone, family.is_heron ? "   Successfully loaded Heron libraries"
+                                            : "   Successfully loaded Granite libraries");
   return ResolveEngineEntries();
 }
 
