@@ -18,7 +18,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/host_print_engine.h"
+#include "zr7700/host_print_engine.h"
 
 namespace {
 

@@ -3,7 +3,9 @@
 # SPDX-License-Identifier: Apache-2.0
 
 add_library(zr7700_options INTERFACE)
-target_include_directories(zr7700_options INTERFACE ${CMAKE_CURRENT_LIST_DIR}/..)
+# Ours by their folder; the engine's public header as whoever writes an engine includes it.
+target_include_directories(zr7700_options INTERFACE ${CMAKE_CURRENT_LIST_DIR}/..
+  ${CMAKE_CURRENT_LIST_DIR}/../include)
 target_compile_options(zr7700_options INTERFACE
   $<$<COMPILE_LANGUAGE:C,CXX>:-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
     -Wcast-qual -Wformat=2 -Wundef -Wvla>

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "engine/clip_buffers.h"
-#include "engine/line_conversion.h"
+#include "engine/plain_conversion.h"
 
 namespace zr7700 {
 namespace {

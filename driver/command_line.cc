@@ -3,12 +3,12 @@
 #include "driver/command_line.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <optional>
 #include <string>
 
+#include "base/standard_error.h"
 #include "driver/user_message.h"
 #include "platform/platform.h"
 #include "status/status_memory.h"
@@ -57,7 +57,7 @@ void ReportMissingPpd() {
 
 ppd_file_t* ParseCommandLine(int argc, char* argv[], FilterArgs& arguments) {
   if (argc < kFewestArguments || argc > kMostArguments) {
-    fprintf(stderr, "Usage: %s job user title copies options [filename]\n", argv[0]);
+    TellCups("Usage: %s job user title copies options [filename]\n", argv[0]);
     return nullptr;
   }
   SetUpMessageLanguage();

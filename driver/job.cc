@@ -7,12 +7,12 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "base/log.h"
+#include "base/paths.h"
+#include "base/settings.h"
 #include "driver/command_line.h"
-#include "driver/log.h"
 #include "driver/page_loop.h"
-#include "driver/paths.h"
 #include "driver/raster_input.h"
-#include "driver/settings.h"
 #include "engine/document.h"
 #include "engine/engine_output.h"
 #include "engine/job_variables.h"
@@ -31,25 +31,6 @@ constexpr int kArgumentsWithFile = 7;
 constexpr unsigned kBusyPause_s = 2;
 constexpr int kIdleLimit_s = 20;
 constexpr int kFinalReads = 10;
-
-void LogSetting(const char* label, int32_t value) {
-  LogMessage(kLogDetail, "   %s: %i", label, value);
-}
-
-void LogSettings() {
-  LogMessage(kLogDetail, "-----  Settings  --------");
-  LogSetting("LeftMarginOffset", settings.LeftMarginOffset);
-  LogSetting("LeftMarginOffsetHeron", settings.LeftMarginOffsetHeron);
-  LogSetting("LeftMarginOffsetHeronHQ", settings.LeftMarginOffsetHeronHighQuality);
-  LogSetting("TopMarginOffset", settings.TopMarginOffset);
-  LogSetting("TopMarginOffsetHeron", settings.TopMarginOffsetHeron);
-  LogSetting("ImageSharpeningLevel", settings.ImageSharpeningLevel);
-  LogSetting("RunCompDiv", settings.RunCompDiv);
-  LogSetting("RunComp", settings.RunComp);
-  LogSetting("StatusFrequency", settings.dwStatusFrequency);
-  LogSetting("Feed Adjust", settings.FeedAdjust);
-  LogMessage(kLogDetail, "---------------------------");
-}
 
 void TakeSettings() {
   LogMessage(kLogMilestone, "FILTER_STARTED");

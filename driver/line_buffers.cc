@@ -7,8 +7,8 @@
 #include <cstring>
 #include <utility>
 
-#include "driver/log.h"
-#include "engine/byte_order.h"
+#include "base/byte_order.h"
+#include "base/log.h"
 
 namespace zr7700 {
 namespace {

@@ -5,11 +5,11 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 
+#include "base/log.h"
+#include "base/standard_error.h"
 #include "disc/raster_header.h"
 #include "driver/line_buffers.h"
-#include "driver/log.h"
 #include "engine/band.h"
 #include "engine/document.h"
 #include "engine/job_variables.h"
@@ -30,7 +30,7 @@ enum class PageEnd { kGoOn, kLastPage, kAbandonJob };
 
 bool ReadHeader(cups_raster_t* raster, cups_page_header2_t& header) {
   const bool has_page = cupsRasterReadHeader2(raster, &header) != 0;
-  return !JobCancelled() && has_page;
+  return !TakeCancel() && has_page;
 }
 
 // The third line's label and order are historical.
@@ -54,7 +54,7 @@ LineRead ReadLine(cups_raster_t* raster, uint32_t line_bytes, LineBuffers& buffe
   const unsigned count = cupsRasterReadPixels(raster, buffers.line(), line_bytes);
   if (count != 0) return LineRead::kRead;
   const int read_errno = errno;
-  if (JobCancelled()) return LineRead::kCancelled;
+  if (TakeCancel()) return LineRead::kCancelled;
   LogMessage(kLogDetail, "     BAILING on print, num bytes read %u %u", count,
              static_cast<unsigned>(read_errno));
   return LineRead::kNoMoreData;
@@ -71,7 +71,7 @@ bool SendLines(cups_raster_t* raster, const cups_page_header2_t& header, int pag
                LineBuffers& buffers) {
   LogMessage(kLogDetail, "     cupsHeight=%u", header.cupsHeight);
   for (unsigned y = 0; y < header.cupsHeight; ++y) {
-    if (JobCancelled()) return false;
+    if (TakeCancel()) return false;
     ReportProgress(page, y, header.cupsHeight);
     const LineRead read = ReadLine(raster, header.cupsBytesPerLine, buffers);
     if (read != LineRead::kRead) return read == LineRead::kNoMoreData;
@@ -102,8 +102,7 @@ PageEnd PrintPage(cups_raster_t* raster, const cups_page_header2_t& header, bool
   if (!buffers.Allocate(header)) return PageEnd::kLastPage;
   if (!CheckPrinterAgain(page_count)) return PageEnd::kAbandonJob;
   ++page_count;
-  // The text has no line end of its own: the next line on standard error ends it.
-  fprintf(stderr, "     PAGE: %d %d", page_count, static_cast<int>(header.NumCopies));
+  BeginLineToCups("     PAGE: %d %d", page_count, static_cast<int>(header.NumCopies));
   if (!StartPage(header)) return PageEnd::kLastPage;
   return PrintOpenPage(raster, header, page_count, suppress_utility, buffers) ? PageEnd::kGoOn
                                                                               : PageEnd::kLastPage;

@@ -14,15 +14,15 @@
 #include <string>
 #include <vector>
 
+#include "base/cancel_signal.h"
 #include "engine/band.h"
 #include "engine/document.h"
 #include "engine/page.h"
-#include "status/cancel_signal.h"
 #include "status/job_check.h"
 #include "status/status_thread.h"
-#include "status/test_process.h"
 #include "status/test_sleep.h"
 #include "tests/support/log_capture.h"
+#include "tests/support/own_process.h"
 #include "tests/support/stream_capture.h"
 
 namespace zr7700 {

@@ -9,8 +9,8 @@
 #include <cstdint>
 #include <cstring>
 
-#include "driver/log.h"
-#include "status/cancel_signal.h"
+#include "base/cancel_signal.h"
+#include "base/log.h"
 
 namespace zr7700 {
 namespace {

@@ -6,7 +6,8 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "driver/paths.h"
+#include "base/paths.h"
+#include "base/standard_error.h"
 #include "platform/platform.h"
 
 namespace zr7700 {
@@ -29,7 +30,7 @@ void WriteUserMessage(const char* prefix, const char* format, ...) {
 #pragma GCC diagnostic pop
   va_end(arguments);
   if (length >= 0 && static_cast<size_t>(length) < sizeof text) {
-    fprintf(stderr, "%s: %s\n", prefix, text);
+    TellCups("%s: %s\n", prefix, text);
   }
 }
 

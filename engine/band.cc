@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "driver/log.h"
+#include "base/log.h"
 #include "engine/engine_entries.h"
 #include "engine/line_conversion.h"
 
@@ -17,8 +17,7 @@ void LogRefusal(int32_t status, const uint8_t* line, uint32_t pixel_count, uint3
   std::copy_n(line, std::min<size_t>(sizeof first, size_t{pixel_count} * 4), first);
   LogMessage(
       kLogDetail,
-      "Error:  HPESendBand Failed err=%i y=%i numRaster=1, PixelPerRaster %u, BytesPerRaster "
-      "%u, ScanLine %p %u %u %u %u %u %u %u %u %u",
+      "Error:  HPESendBand Failed err=%i y=%i numRaster=1, PixelPerRaster %u, BytesPerRaster %u, ScanLine %p %u %u %u %u %u %u %u %u %u",
       status, static_cast<int32_t>(y), pixel_count, pixel_count * 3, static_cast<const void*>(line),
       first[0], first[1], first[2], first[3], first[4], first[5], first[6], first[7], first[8]);
 }
@@ -29,7 +28,8 @@ bool SendLine(const JobVariables& variables, uint8_t* line, uint32_t pixel_count
   if (!ConvertLine(variables, line, static_cast<uint16_t>(pixel_count), static_cast<uint16_t>(y))) {
     return true;
   }
-  const int32_t status = hpe::HPESendBand(engineHandle, y, 1, pixel_count, pixel_count * 4, line);
+  const int32_t status =
+      engine_entries.HPESendBand(engineHandle, 0, y, 1, pixel_count, pixel_count * 4, line);
   if (status == HPE_OK) return true;
   LogRefusal(status, line, pixel_count, y);
   return false;

@@ -84,7 +84,7 @@ TEST_F(BandTest, RefusedLineOfOnePixelIsNotReadBeyondItsEnd) {
 }
 
 TEST_F(BandTest, MissingEntryIsARefusalWithStatusTwo) {
-  engine_entries.HPESendBand = nullptr;
+  engine_entries.HPESendBand.Set(nullptr);
   EXPECT_FALSE(SendLine(variables_, line_.data(), 2, 601));
   ASSERT_EQ(LogLines().size(), 1u);
   EXPECT_THAT(LogLines()[0], testing::StartsWith("Error:  HPESendBand Failed err=2 y=601 "));

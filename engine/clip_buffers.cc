@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "driver/log.h"
+#include "base/log.h"
 #include "engine/clip_geometry.h"
 
 namespace zr7700 {

@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
+#include "base/log.h"
 #include "disc/ring.h"
-#include "driver/log.h"
 
 namespace zr7700 {
 namespace {

@@ -5,9 +5,10 @@
 #include <cstdio>
 #include <cstring>
 
-#include "driver/log.h"
-#include "driver/settings.h"
-#include "engine/byte_order.h"
+#include "base/byte_order.h"
+#include "base/log.h"
+#include "base/settings.h"
+#include "base/wrapping.h"
 #include "engine/clip_buffers.h"
 #include "engine/engine_entries.h"
 #include "engine/engine_output.h"
@@ -15,7 +16,6 @@
 #include "engine/ini_file.h"
 #include "engine/job_variables.h"
 #include "engine/ppd_choices.h"
-#include "engine/wrapping.h"
 
 namespace zr7700 {
 namespace {
@@ -36,16 +36,15 @@ constexpr char kPassesKey[] = "Slot1NumPassesOverride=";
 
 bool InitializeEngine(const JobVariables& variables) {
   LogMessage(kLogMilestone, "   ### HPEInitialize");
-  const int32_t status =
-      hpe::HPEInitialize(engineHandle, variables.enginePath1, variables.enginePath2,
-                         variables.enginePath3, variables.enginePath4);
+  const int32_t status = engine_entries.HPEInitialize(
+      engineHandle, variables.files.enginePath1, variables.files.enginePath2,
+      variables.files.enginePath3, variables.files.enginePath4);
   if (status != HPE_OK) {
     LogMessage(kLogDetail, "   HPEInitialize Failed 0x%x", static_cast<uint32_t>(status));
     return false;
   }
-  LogMessage(kLogDetail, "   HPEInitialize Success %s %s", variables.enginePath3,
-             variables.enginePath4);
-  engineFlags |= kEngineInitialised;
+  LogMessage(kLogDetail, "   HPEInitialize Success %s %s", variables.files.enginePath3,
+             variables.files.enginePath4);
   return true;
 }
 
@@ -82,31 +81,32 @@ void SetDraftUnits(JobVariables& variables) {
   variables.OuterMargin >>= 1;
 }
 
-enum class PassAction { kNothing, kWrite, kRemove };
+// What becomes of the key for each print quality: its new value, or one of these.
+constexpr char kRemoved[] = "";
+constexpr const char* kLeftAsItIs = nullptr;
 
 struct PassRow {
   uint8_t print_quality;
-  PassAction heron_action;
-  const char* heron_passes;
-  PassAction granite_action;
-  const char* granite_passes;
+  const char* heron;
+  const char* granite;
 };
 
 constexpr PassRow kPassRows[] = {
-    {1, PassAction::kWrite, "1", PassAction::kWrite, "1"},
-    {2, PassAction::kWrite, "2", PassAction::kRemove, nullptr},
-    {3, PassAction::kWrite, "4", PassAction::kNothing, nullptr},
-    {4, PassAction::kWrite, "8", PassAction::kWrite, "8"},
+    {1, "1", "1"},
+    {2, "2", kRemoved},
+    {3, "4", kLeftAsItIs},
+    {4, "8", "8"},
 };
 
 void WritePassCount(const JobVariables& variables) {
   for (const PassRow& row : kPassRows) {
     if (row.print_quality != variables.PrintQuality) continue;
-    const bool is_heron = variables.isHeron == 1;
-    const PassAction action = is_heron ? row.heron_action : row.granite_action;
-    const char* const passes = is_heron ? row.heron_passes : row.granite_passes;
-    if (action == PassAction::kWrite) WriteFerroIniFile(kSwathBuilder, kPassesKey, passes);
-    if (action == PassAction::kRemove) RemoveFerroIniKey(kSwathBuilder, kPassesKey);
+    const char* const passes = variables.isHeron == 1 ? row.heron : row.granite;
+    if (passes == kRemoved) {
+      RemoveFerroIniKey(kSwathBuilder, kPassesKey);
+    } else if (passes != kLeftAsItIs) {
+      WriteFerroIniFile(kSwathBuilder, kPassesKey, passes);
+    }
   }
 }
 
@@ -119,10 +119,10 @@ void WriteIniFile(const JobVariables& variables) {
 }
 
 const char* ChooseColorTable(const JobVariables& variables) {
-  if (variables.ColorMatching == kStandardColors) return variables.colorTableStandard;
+  if (variables.ColorMatching == kStandardColors) return variables.files.colorTableStandard;
   const bool fine = variables.PrintQuality == 3 || variables.PrintQuality == 4;
-  if (fine && IsHighQualityMedium(variables)) return variables.colorTablePhotoGlossy;
-  return variables.colorTablePhoto;
+  if (fine && IsHighQualityMedium(variables)) return variables.files.colorTablePhotoGlossy;
+  return variables.files.colorTablePhoto;
 }
 
 // The engine takes a colour table's path from a buffer of this size.
@@ -140,7 +140,8 @@ ColorTablePath CopyColorTablePath(const JobVariables& variables) {
 }
 
 int32_t StartEngineDocument(JobVariables& variables, const ColorTablePath& path) {
-  return hpe::HPEStartDoc(engineHandle, WriteEngineOutput, path.text, &variables);
+  return engine_entries.HPEStartDoc(engineHandle, WriteEngineOutput, path.text, 0, 0,
+                                    HPE_START_DOC_CODE, &variables);
 }
 
 bool OpenFirstDocument(JobVariables& variables) {
@@ -160,8 +161,9 @@ bool OpenFirstDocument(JobVariables& variables) {
 bool DocumentSetup(ppd_file_t* ppd) {
   JobVariables& variables = job_variables;
   LogMessage(kLogMilestone, "SETUP");
-  engineHandle = hpe::CreateHostPrintEngine();
-  LogMessage(kLogMilestone, "   %sEndian", HostByteOrder() == kLittleEndianHost ? "Little" : "Big");
+  engineHandle = engine_entries.CreateHostPrintEngine();
+  LogMessage(kLogMilestone,
+             HostByteOrder() == kLittleEndianHost ? "   LittleEndian" : "   BigEndian");
   if (!InitializeEngine(variables)) return false;
   ReadDiscChoices(ppd, variables);
   SetFixedGeometry(variables);
@@ -176,7 +178,7 @@ bool DocumentSetup(ppd_file_t* ppd) {
 
 bool RestartDocument() {
   FlushEngineOutput();
-  hpe::HPEEndDoc(engineHandle);
+  engine_entries.HPEEndDoc(engineHandle, 0);
   FlushEngineOutput();
   StartEngineDocument(job_variables, CopyColorTablePath(job_variables));
   return true;
@@ -184,12 +186,12 @@ bool RestartDocument() {
 
 bool EndDocument() {
   LogMessage(kLogDetail, "   ### HPEEndDoc");
-  const int32_t status = hpe::HPEEndDoc(engineHandle);
+  const int32_t status = engine_entries.HPEEndDoc(engineHandle, 0);
   if (status != HPE_OK) {
     LogMessage(kLogDetail, "HPEEndDoc Failed 0x%x", static_cast<uint32_t>(status));
   }
   ClipDataBufsDelete(job_variables);
-  hpe::DestroyHostPrintEngine(engineHandle);
+  engine_entries.DestroyHostPrintEngine(engineHandle);
   return true;
 }
 

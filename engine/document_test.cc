@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "driver/settings.h"
+#include "base/settings.h"
 #include "engine/clip_buffers.h"
 #include "engine/engine_entries.h"
 #include "engine/engine_output.h"
@@ -32,14 +32,14 @@ class DocumentTest : public test::JobTest {
  protected:
   DocumentTest() {
     JobVariables& v = job_variables;
-    v.enginePath1 = "/one";
-    v.enginePath2 = "/two";
-    v.enginePath3 = "/three";
-    v.enginePath4 = "/four";
-    v.colorTableStandard = "/standard";
-    v.colorTablePhoto = "/photo";
-    v.colorTablePhotoGlossy = "/glossy";
-    v.engineIniPath = ini_path_.c_str();
+    v.files.enginePath1 = "/one";
+    v.files.enginePath2 = "/two";
+    v.files.enginePath3 = "/three";
+    v.files.enginePath4 = "/four";
+    v.files.colorTableStandard = "/standard";
+    v.files.colorTablePhoto = "/photo";
+    v.files.colorTablePhotoGlossy = "/glossy";
+    v.files.engineIniPath = ini_path_.c_str();
   }
 
   bool SetUpDocument(const Choices& choices) {
@@ -61,7 +61,6 @@ TEST_F(DocumentTest, EngineIsCreatedInitialisedAndGivenItsDocument) {
                           "HPEInitialize(engine, \"/one\", \"/two\", \"/three\", \"/four\")",
                           std::string(kStartDoc) + "/photo" + kStartDocEnd));
   EXPECT_EQ(engineHandle, engine_.handle());
-  EXPECT_EQ(engineFlags, 1);
 }
 
 TEST_F(DocumentTest, EveryLogLineInOrder) {
@@ -164,7 +163,6 @@ TEST_F(DocumentTest, RefusedInitialisationEndsTheSetupAtOnce) {
   EXPECT_EQ(job_variables.InnerDiam, 0u);
   EXPECT_EQ(job_variables.clipBufferBytes, 0u);
   EXPECT_EQ(IniText(), "");
-  EXPECT_EQ(engineFlags, 0);
 }
 
 TEST_F(DocumentTest, RefusedDocumentKeepsFieldsAndIniFile) {
@@ -177,7 +175,7 @@ TEST_F(DocumentTest, RefusedDocumentKeepsFieldsAndIniFile) {
 }
 
 TEST_F(DocumentTest, EngineThatCannotBeCreatedIsPassedOnAsNull) {
-  engine_entries.CreateHostPrintEngine = nullptr;
+  engine_entries.CreateHostPrintEngine.Set(nullptr);
   engine_.Answer("HPEInitialize", 3);
   EXPECT_FALSE(SetUpDocument({}));
   EXPECT_THAT(engine_.calls(),
@@ -187,7 +185,7 @@ TEST_F(DocumentTest, EngineThatCannotBeCreatedIsPassedOnAsNull) {
 
 TEST_F(DocumentTest, IniFileThatCannotBeWrittenIsIgnored) {
   const std::string nowhere = folder_.PathOf("missing/engine.ini");
-  job_variables.engineIniPath = nowhere.c_str();
+  job_variables.files.engineIniPath = nowhere.c_str();
   EXPECT_TRUE(SetUpDocument({}));
 }
 
@@ -255,12 +253,12 @@ TEST_F(DocumentTest, ColourTableByColoursQualityAndMedium) {
 
 TEST_F(DocumentTest, ColourTablePathOf256CharactersEndsTheProcess) {
   const std::string longest(255, 'p');
-  job_variables.colorTablePhoto = longest.c_str();
+  job_variables.files.colorTablePhoto = longest.c_str();
   EXPECT_TRUE(SetUpDocument({}));
   EXPECT_TRUE(RestartDocument());
   EXPECT_EQ(engine_.calls().back(), kStartDoc + longest + kStartDocEnd);
   const std::string too_long(256, 'p');
-  job_variables.colorTablePhoto = too_long.c_str();
+  job_variables.files.colorTablePhoto = too_long.c_str();
   const test::MarkedPpd ppd({});
   EXPECT_EXIT(DocumentSetup(ppd.get()), testing::ExitedWithCode(1), "^ERROR: [^\n]*256[^\n]*\n$");
   EXPECT_EXIT(RestartDocument(), testing::ExitedWithCode(1), "^ERROR: [^\n]*256[^\n]*\n$");

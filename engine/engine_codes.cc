@@ -15,24 +15,25 @@ struct CodeRow {
 // The last row of each table serves every choice that has no row of its own. Quick and normal
 // quality are one code to the engine.
 constexpr CodeRow kHeronQuality[] = {
-    {1, {2, "set to PQ_Quick"}},
-    {2, {2, "set to PQ_Normal"}},
-    {3, {4, "mapped to PQ_BEST"}},
-    {4, {4, "set to PQ_BEST"}},
+    {1, {2, "     Resolution set to PQ_Quick"}},
+    {2, {2, "     Resolution set to PQ_Normal"}},
+    {3, {4, "     Resolution mapped to PQ_BEST"}},
+    {4, {4, "     Resolution set to PQ_BEST"}},
 };
 constexpr CodeRow kGraniteQuality[] = {
-    {1, {2, "set to PQ_Quick"}},
-    {2, {2, "set to PQ_Normal"}},
-    {3, {3, "set to PQ_BETTER"}},
-    {4, {4, "set to PQ_BEST"}},
+    {1, {2, "     Resolution set to PQ_Quick"}},
+    {2, {2, "     Resolution set to PQ_Normal"}},
+    {3, {3, "     Resolution set to PQ_BETTER"}},
+    {4, {4, "     Resolution set to PQ_BEST"}},
 };
 constexpr CodeRow kHeronMedia[] = {
-    {1, {1, "set to MT_PLAIN"}},
-    {2, {1, "mapped to MT_PLAIN"}},
+    {1, {1, "     Media set to MT_PLAIN"}},
+    {2, {1, "     Media mapped to MT_PLAIN"}},
 };
 constexpr CodeRow kGraniteMedia[] = {
-    {1, {1, "set to MT_PLAIN"}},   {3, {7, "set to MT_GLOSSY1"}}, {4, {8, "set to MT_GLOSSY2"}},
-    {5, {9, "set to MT_GLOSSY3"}}, {2, {2, "set to MT_COATED"}},
+    {1, {1, "     Media set to MT_PLAIN"}},   {3, {7, "     Media set to MT_GLOSSY1"}},
+    {4, {8, "     Media set to MT_GLOSSY2"}}, {5, {9, "     Media set to MT_GLOSSY3"}},
+    {2, {2, "     Media set to MT_COATED"}},
 };
 
 EngineCode Find(std::span<const CodeRow> rows, uint8_t choice) {

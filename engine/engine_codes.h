@@ -10,7 +10,7 @@ namespace zr7700 {
 
 struct EngineCode {
   uint16_t code;
-  const char* log_text;  // "set to ..." or "mapped to ...", a constant
+  const char* log_text;  // a constant
 };
 
 // The engine's code for the job's print quality (1 to 4; any other number counts as 4). Any thread.

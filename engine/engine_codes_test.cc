@@ -32,27 +32,32 @@ void ExpectRows(Lookup lookup, bool is_heron, const std::vector<Row>& rows, cons
 
 TEST(EngineCodes, HeronQuality) {
   ExpectRows(QualityCode, true,
-             {{1, 2, "set to PQ_Quick"}, {2, 2, "set to PQ_Normal"}, {3, 4, "mapped to PQ_BEST"}},
-             {0, 4, "set to PQ_BEST"});
+             {{1, 2, "     Resolution set to PQ_Quick"},
+              {2, 2, "     Resolution set to PQ_Normal"},
+              {3, 4, "     Resolution mapped to PQ_BEST"}},
+             {0, 4, "     Resolution set to PQ_BEST"});
 }
 
 TEST(EngineCodes, GraniteQuality) {
   ExpectRows(QualityCode, false,
-             {{1, 2, "set to PQ_Quick"}, {2, 2, "set to PQ_Normal"}, {3, 3, "set to PQ_BETTER"}},
-             {0, 4, "set to PQ_BEST"});
+             {{1, 2, "     Resolution set to PQ_Quick"},
+              {2, 2, "     Resolution set to PQ_Normal"},
+              {3, 3, "     Resolution set to PQ_BETTER"}},
+             {0, 4, "     Resolution set to PQ_BEST"});
 }
 
 TEST(EngineCodes, HeronMedia) {
-  ExpectRows(MediaCode, true, {{1, 1, "set to MT_PLAIN"}}, {0, 1, "mapped to MT_PLAIN"});
+  ExpectRows(MediaCode, true, {{1, 1, "     Media set to MT_PLAIN"}},
+             {0, 1, "     Media mapped to MT_PLAIN"});
 }
 
 TEST(EngineCodes, GraniteMedia) {
   ExpectRows(MediaCode, false,
-             {{1, 1, "set to MT_PLAIN"},
-              {3, 7, "set to MT_GLOSSY1"},
-              {4, 8, "set to MT_GLOSSY2"},
-              {5, 9, "set to MT_GLOSSY3"}},
-             {0, 2, "set to MT_COATED"});
+             {{1, 1, "     Media set to MT_PLAIN"},
+              {3, 7, "     Media set to MT_GLOSSY1"},
+              {4, 8, "     Media set to MT_GLOSSY2"},
+              {5, 9, "     Media set to MT_GLOSSY3"}},
+             {0, 2, "     Media set to MT_COATED"});
 }
 
 }  // namespace

@@ -25,38 +25,52 @@ struct WrapperCase {
 const std::vector<WrapperCase>& Wrappers() {
   static const uint8_t data[4] = {};
   static const std::vector<WrapperCase> cases = {
-      {"HPEInitialize", [](HPEHandle e) { return hpe::HPEInitialize(e, "a", "b", "c", "d"); },
+      {"HPEInitialize",
+       [](HPEHandle e) { return engine_entries.HPEInitialize(e, "a", "b", "c", "d"); },
        "(engine, \"a\", \"b\", \"c\", \"d\")"},
       {"HPEStartDoc",
-       [](HPEHandle e) { return hpe::HPEStartDoc(e, WriteEngineOutput, "p", &job_variables); },
+       [](HPEHandle e) {
+         return engine_entries.HPEStartDoc(e, WriteEngineOutput, "p", 0, 0, HPE_START_DOC_CODE,
+                                           &job_variables);
+       },
        "(engine, WriteEngineOutput, \"p\", 0, 0, 142, variables)"},
-      {"HPEStartPage", [](HPEHandle e) { return hpe::HPEStartPage(e); }, "(engine)"},
-      {"HPESendBand", [](HPEHandle e) { return hpe::HPESendBand(e, 70000, 1, 2, 8, data); },
+      {"HPEStartPage", [](HPEHandle e) { return engine_entries.HPEStartPage(e); }, "(engine)"},
+      {"HPESendBand",
+       [](HPEHandle e) { return engine_entries.HPESendBand(e, 0, 70000, 1, 2, 8, data); },
        "(engine, 0, 70000, 1, 2, 8, data)"},
-      {"HPEEndPage", [](HPEHandle e) { return hpe::HPEEndPage(e); }, "(engine, 0)"},
-      {"HPEEndDoc", [](HPEHandle e) { return hpe::HPEEndDoc(e); }, "(engine, 0)"},
-      {"SetInputResolution", [](HPEHandle e) { return hpe::SetInputResolution(e, 1, 600); },
+      {"HPEEndPage", [](HPEHandle e) { return engine_entries.HPEEndPage(e, 0); }, "(engine, 0)"},
+      {"HPEEndDoc", [](HPEHandle e) { return engine_entries.HPEEndDoc(e, 0); }, "(engine, 0)"},
+      {"SetInputResolution",
+       [](HPEHandle e) { return engine_entries.SetInputResolution(e, 1, 600); },
        "(engine, 1, 600)"},
-      {"SetLeftMargin", [](HPEHandle e) { return hpe::SetLeftMargin(e, -1); }, "(engine, -1)"},
-      {"SetTopMargin", [](HPEHandle e) { return hpe::SetTopMargin(e, 2); }, "(engine, 2)"},
-      {"SetPrintableWidth", [](HPEHandle e) { return hpe::SetPrintableWidth(e, 3); },
+      {"SetLeftMargin", [](HPEHandle e) { return engine_entries.SetLeftMargin(e, -1); },
+       "(engine, -1)"},
+      {"SetTopMargin", [](HPEHandle e) { return engine_entries.SetTopMargin(e, 2); },
+       "(engine, 2)"},
+      {"SetPrintableWidth", [](HPEHandle e) { return engine_entries.SetPrintableWidth(e, 3); },
        "(engine, 3)"},
-      {"SetPrintableHeight", [](HPEHandle e) { return hpe::SetPrintableHeight(e, 4); },
+      {"SetPrintableHeight", [](HPEHandle e) { return engine_entries.SetPrintableHeight(e, 4); },
        "(engine, 4)"},
-      {"SetPhysicalWidth", [](HPEHandle e) { return hpe::SetPhysicalWidth(e, 5); }, "(engine, 5)"},
-      {"SetInstalledCartridge", [](HPEHandle e) { return hpe::SetInstalledCartridge(e, 6, 7, 8); },
+      {"SetPhysicalWidth", [](HPEHandle e) { return engine_entries.SetPhysicalWidth(e, 5); },
+       "(engine, 5)"},
+      {"SetInstalledCartridge",
+       [](HPEHandle e) { return engine_entries.SetInstalledCartridge(e, 6, 7, 8); },
        "(engine, 6, 7, 8)"},
-      {"SetHPERasterFormat", [](HPEHandle e) { return hpe::SetHPERasterFormat(e, 9); },
+      {"SetHPERasterFormat", [](HPEHandle e) { return engine_entries.SetHPERasterFormat(e, 9); },
        "(engine, 9)"},
       {"SetAlignmentInformation",
-       [](HPEHandle e) { return hpe::SetAlignmentInformation(e, 10, 11); }, "(engine, 10, 11)"},
-      {"SetPageIntent", [](HPEHandle e) { return hpe::SetPageIntent(e, 12); }, "(engine, 12)"},
-      {"SetMediaType", [](HPEHandle e) { return hpe::SetMediaType(e, 13); }, "(engine, 13)"},
-      {"SetOutputPrintQuality", [](HPEHandle e) { return hpe::SetOutputPrintQuality(e, 14); },
-       "(engine, 14)"},
-      {"SetPaperTray", [](HPEHandle e) { return hpe::SetPaperTray(e, 15); }, "(engine, 15)"},
-      {"SetImageSharpeningLevel", [](HPEHandle e) { return hpe::SetImageSharpeningLevel(e, 16); },
-       "(engine, 16)"},
+       [](HPEHandle e) { return engine_entries.SetAlignmentInformation(e, 10, 11); },
+       "(engine, 10, 11)"},
+      {"SetPageIntent", [](HPEHandle e) { return engine_entries.SetPageIntent(e, 12); },
+       "(engine, 12)"},
+      {"SetMediaType", [](HPEHandle e) { return engine_entries.SetMediaType(e, 13); },
+       "(engine, 13)"},
+      {"SetOutputPrintQuality",
+       [](HPEHandle e) { return engine_entries.SetOutputPrintQuality(e, 14); }, "(engine, 14)"},
+      {"SetPaperTray", [](HPEHandle e) { return engine_entries.SetPaperTray(e, 15); },
+       "(engine, 15)"},
+      {"SetImageSharpeningLevel",
+       [](HPEHandle e) { return engine_entries.SetImageSharpeningLevel(e, 16); }, "(engine, 16)"},
   };
   return cases;
 }
@@ -70,13 +84,13 @@ TEST(EngineEntries, WrapperOfAMissingEntryAnswersTwo) {
 
 TEST(EngineEntries, MissingCreatorAnswersTheNullHandle) {
   engine_entries = EngineEntryTable{};
-  EXPECT_EQ(hpe::CreateHostPrintEngine(), nullptr);
+  EXPECT_EQ(engine_entries.CreateHostPrintEngine(), nullptr);
 }
 
 TEST(EngineEntries, MissingDestroyerDoesNothing) {
   engine_entries = EngineEntryTable{};
-  hpe::DestroyHostPrintEngine(nullptr);
-  EXPECT_EQ(engine_entries.DestroyHostPrintEngine, nullptr);
+  engine_entries.DestroyHostPrintEngine(nullptr);
+  EXPECT_TRUE(engine_entries.DestroyHostPrintEngine.IsMissing());
 }
 
 TEST(EngineEntries, WrapperPassesArgumentsAndAnswerOn) {
@@ -94,17 +108,17 @@ TEST(EngineEntries, WrapperPassesArgumentsAndAnswerOn) {
 
 TEST(EngineEntries, CreatorAndDestroyerPassTheHandle) {
   test::RecordedEngine engine;
-  EXPECT_EQ(hpe::CreateHostPrintEngine(), engine.handle());
-  hpe::DestroyHostPrintEngine(engine.handle());
+  EXPECT_EQ(engine_entries.CreateHostPrintEngine(), engine.handle());
+  engine_entries.DestroyHostPrintEngine(engine.handle());
   EXPECT_THAT(engine.calls(),
               ElementsAre("CreateHostPrintEngine()", "DestroyHostPrintEngine(engine)"));
 }
 
 TEST(EngineEntries, SlotIsTestedAtEveryCall) {
   test::RecordedEngine engine;
-  EXPECT_EQ(hpe::SetPaperTray(engine.handle(), 1), 0);
-  engine_entries.SetPaperTray = nullptr;
-  EXPECT_EQ(hpe::SetPaperTray(engine.handle(), 1), 2);
+  EXPECT_EQ(engine_entries.SetPaperTray(engine.handle(), 1), 0);
+  engine_entries.SetPaperTray.Set(nullptr);
+  EXPECT_EQ(engine_entries.SetPaperTray(engine.handle(), 1), 2);
   EXPECT_EQ(engine.calls().size(), 1u);
 }
 

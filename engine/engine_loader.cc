@@ -4,8 +4,11 @@
 
 #include <dlfcn.h>
 
-#include "driver/log.h"
-#include "driver/paths.h"
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+
+#include "base/log.h"
 #include "engine/engine_entries.h"
 #include "engine/job_variables.h"
 
@@ -13,43 +16,25 @@ namespace zr7700 {
 namespace {
 
 // Whichever family is loaded fills these; the libraries are never closed.
-void* libHandleFlib = nullptr;
-void* libHandleHpec = nullptr;
-void* libHandleHpeh = nullptr;
-void* libHandleHpep = nullptr;
+void* library_handles[std::size(paths::EngineFamily{}.libraries)] = {};
 
-void SetFamilyFields(const paths::EngineFamily& family, bool is_heron) {
-  job_variables.isHeron = is_heron ? 1 : 0;
-  job_variables.enginePath1 = family.engine_path1;
-  job_variables.enginePath2 = family.engine_path2;
-  job_variables.enginePath3 = family.engine_path3;
-  job_variables.colorTableStandard = family.color_table_standard;
-  job_variables.colorTablePhoto = family.color_table_photo;
-  job_variables.colorTablePhotoGlossy = family.color_table_photo_glossy;
-  job_variables.engineIniPath = family.engine_ini;
-  job_variables.enginePath4 = family.engine_path4;
-}
-
-bool LoadLibraries(const paths::EngineFamily& family) {
-  libHandleFlib = dlopen(family.flib, RTLD_LAZY);
-  libHandleHpec = dlopen(family.hpec, RTLD_LAZY);
-  libHandleHpeh = dlopen(family.hpeh, RTLD_LAZY);
-  libHandleHpep = dlopen(family.hpep, RTLD_LAZY);
-  if (libHandleFlib == nullptr || libHandleHpec == nullptr || libHandleHpeh == nullptr ||
-      libHandleHpep == nullptr) {
-    LogMessage(kLogDetail, "   Failed to load %s libraries", family.name);
-    return false;
+// Null for the letter of no cartridge.
+const paths::EngineFamily* FindFamily(char letter) {
+  for (const paths::EngineFamily& family : paths::kEngineFamilies) {
+    if (std::string_view(family.cartridge_letters).find(letter) != std::string_view::npos) {
+      return &family;
+    }
   }
-  LogMessage(kLogMilestone, "   Successfully loaded %s libraries", family.name);
-  return ResolveEngineEntries();
+  return nullptr;
 }
 
 template <typename Entry>
 bool Resolve(Entry& slot, const char* name) {
   // A null handle would make dlsym search the whole program.
-  void* const found = libHandleHpec != nullptr ? dlsym(libHandleHpec, name) : nullptr;
-  slot = reinterpret_cast<Entry>(found);
-  return slot != nullptr;
+  void* const library = library_handles[paths::kEntryLibrary];
+  void* const found = library != nullptr ? dlsym(library, name) : nullptr;
+  slot.Set(reinterpret_cast<typename Entry::Pointer>(found));
+  return !slot.IsMissing();
 }
 
 }  // namespace
@@ -57,24 +42,24 @@ bool Resolve(Entry& slot, const char* name) {
 bool LoadEngineForCartridge(std::span<const uint8_t> status_reply) {
   const uint8_t letter =
       status_reply.size() > kCartridgeLetterOffset ? status_reply[kCartridgeLetterOffset] : 0;
-  switch (letter) {
-    case 'Q':
-    case 'P':
-      SetFamilyFields(paths::kGranite, false);
-      return LoadGraniteLibraries();
-    case 'U':
-    case 'V':
-      SetFamilyFields(paths::kHeron, true);
-      return LoadHeronLibraries();
-    default:
-      SetFamilyFields(paths::EngineFamily{}, false);
-      return false;
-  }
+  const paths::EngineFamily* const family = FindFamily(static_cast<char>(letter));
+  job_variables.isHeron = family != nullptr && family->is_heron ? 1 : 0;
+  job_variables.files = family != nullptr ? family->files : paths::EngineFiles{};
+  return family != nullptr && LoadEngineLibraries(*family);
 }
 
-bool LoadHeronLibraries() { return LoadLibraries(paths::kHeron); }
-
-bool LoadGraniteLibraries() { return LoadLibraries(paths::kGranite); }
+bool LoadEngineLibraries(const paths::EngineFamily& family) {
+  std::ranges::transform(family.libraries, library_handles,
+                         [](const char* path) { return dlopen(path, RTLD_LAZY); });
+  if (std::ranges::count(library_handles, nullptr) != 0) {
+    LogMessage(kLogDetail, family.is_heron ? "   Failed to load Heron libraries"
+                                           : "   Failed to load Granite libraries");
+    return false;
+  }
+  LogMessage(kLogMilestone, family.is_heron ? "   Successfully loaded Heron libraries"
+                                            : "   Successfully loaded Granite libraries");
+  return ResolveEngineEntries();
+}
 
 bool ResolveEngineEntries() {
   bool all_found = true;

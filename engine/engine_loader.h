@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <span>
 
+#include "base/paths.h"
+
 namespace zr7700 {
 
 // Where the cartridge letter stands in the printer's status reply.
@@ -19,10 +21,9 @@ inline constexpr size_t kCartridgeLetterOffset = 98;
 // Main thread, once a job.
 bool LoadEngineForCartridge(std::span<const uint8_t> status_reply);
 
-// Open one family's four libraries, lazily bound and all of them whether or not an earlier one
-// failed, then resolve the entries. True only when both succeeded. Main thread.
-bool LoadHeronLibraries();
-bool LoadGraniteLibraries();
+// Opens the family's four libraries, lazily bound and all of them whether or not an earlier one
+// failed, then resolves the entries. True only when both succeeded. Main thread.
+bool LoadEngineLibraries(const paths::EngineFamily& family);
 
 // Fills the entry table from the second library that was opened. True only when all 22 names were
 // found; those that were keep their slots either way. Main thread.

@@ -53,10 +53,10 @@ TEST_F(EngineLoaderFilesTest, EntriesAreThoseOfTheFamilysSecondLibrary) {
   LoadAndCheck('U', [](bool loaded) {
     EXPECT_TRUE(loaded);
     // The library's entry n answers 100 + n.
-    EXPECT_EQ(hpe::HPEInitialize(nullptr, "", "", "", ""), 102);
-    EXPECT_EQ(hpe::HPEEndDoc(nullptr), 107);
-    EXPECT_EQ(hpe::SetImageSharpeningLevel(nullptr, 1), 122);
-    EXPECT_STREQ(job_variables.enginePath1, "./Users/Shared/Tessary/ZR7700/Frameworks/tqhe");
+    EXPECT_EQ(engine_entries.HPEInitialize(nullptr, "", "", "", ""), 102);
+    EXPECT_EQ(engine_entries.HPEEndDoc(nullptr, 0), 107);
+    EXPECT_EQ(engine_entries.SetImageSharpeningLevel(nullptr, 1), 122);
+    EXPECT_STREQ(job_variables.files.enginePath1, "./Users/Shared/Tessary/ZR7700/Frameworks/tqhe");
   });
 }
 
@@ -64,8 +64,8 @@ TEST_F(EngineLoaderFilesTest, GraniteIsLoadedFromItsOwnFiles) {
   Install("tqgr", ZR7700_TEST_ENGINE_LIBRARY);
   LoadAndCheck('Q', [](bool loaded) {
     EXPECT_TRUE(loaded);
-    EXPECT_EQ(hpe::HPEStartPage(nullptr), 104);
-    EXPECT_STREQ(job_variables.enginePath1, "./Library/Printers/Tessary/Frameworks/tqgr");
+    EXPECT_EQ(engine_entries.HPEStartPage(nullptr), 104);
+    EXPECT_STREQ(job_variables.files.enginePath1, "./Library/Printers/Tessary/Frameworks/tqgr");
   });
   LoadAndCheck('U', [](bool loaded) { EXPECT_FALSE(loaded); });
 }
@@ -77,7 +77,7 @@ TEST_F(EngineLoaderFilesTest, EachMissingLibraryFailsTheLoad) {
     Install("tqgr", ZR7700_TEST_ENGINE_LIBRARY, part_name);
     LoadAndCheck('P', [](bool loaded) {
       EXPECT_FALSE(loaded);
-      EXPECT_EQ(hpe::HPEStartPage(nullptr), 2);
+      EXPECT_EQ(engine_entries.HPEStartPage(nullptr), 2);
     });
   }
 }
@@ -86,9 +86,9 @@ TEST_F(EngineLoaderFilesTest, LibraryWithoutOneEntryFailsButKeepsTheOthers) {
   Install("tqhe", ZR7700_TEST_ENGINE_LIBRARY_WITHOUT_TRAY);
   LoadAndCheck('V', [](bool loaded) {
     EXPECT_FALSE(loaded);
-    EXPECT_EQ(hpe::SetPaperTray(nullptr, 2), 2);
-    EXPECT_EQ(hpe::SetMediaType(nullptr, 1), 119);
-    EXPECT_EQ(hpe::SetImageSharpeningLevel(nullptr, 1), 122);
+    EXPECT_EQ(engine_entries.SetPaperTray(nullptr, 2), 2);
+    EXPECT_EQ(engine_entries.SetMediaType(nullptr, 1), 119);
+    EXPECT_EQ(engine_entries.SetImageSharpeningLevel(nullptr, 1), 122);
   });
 }
 

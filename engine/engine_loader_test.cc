@@ -10,7 +10,7 @@
 #include <array>
 #include <set>
 
-#include "driver/paths.h"
+#include "base/paths.h"
 #include "engine/engine_entries.h"
 #include "engine/job_variables.h"
 #include "tests/support/job_test.h"
@@ -103,8 +103,9 @@ class EngineLoaderTest : public test::JobTest {
 
   static std::vector<std::string> FamilyFields() {
     const JobVariables& v = job_variables;
-    return {v.enginePath1,     v.enginePath2,           v.enginePath3,   v.colorTableStandard,
-            v.colorTablePhoto, v.colorTablePhotoGlossy, v.engineIniPath, v.enginePath4};
+    return {v.files.enginePath1,        v.files.enginePath2,     v.files.enginePath3,
+            v.files.colorTableStandard, v.files.colorTablePhoto, v.files.colorTablePhotoGlossy,
+            v.files.engineIniPath,      v.files.enginePath4};
   }
 };
 
@@ -148,17 +149,18 @@ TEST_F(EngineLoaderTest, AnyOtherLetterSelectsNoFamily) {
   for (int letter = 0; letter < 256; ++letter) {
     if (std::string("QPUV").find(static_cast<char>(letter)) != std::string::npos) continue;
     job_variables.isHeron = 1;
-    job_variables.enginePath1 = job_variables.enginePath4 = job_variables.engineIniPath = "old";
+    job_variables.files.enginePath1 = job_variables.files.enginePath4 =
+        job_variables.files.engineIniPath = "old";
     EXPECT_FALSE(Load(static_cast<char>(letter))) << letter;
     EXPECT_EQ(job_variables.isHeron, 0);
-    EXPECT_EQ(job_variables.enginePath1, nullptr);
-    EXPECT_EQ(job_variables.enginePath2, nullptr);
-    EXPECT_EQ(job_variables.enginePath3, nullptr);
-    EXPECT_EQ(job_variables.enginePath4, nullptr);
-    EXPECT_EQ(job_variables.colorTableStandard, nullptr);
-    EXPECT_EQ(job_variables.colorTablePhoto, nullptr);
-    EXPECT_EQ(job_variables.colorTablePhotoGlossy, nullptr);
-    EXPECT_EQ(job_variables.engineIniPath, nullptr);
+    EXPECT_EQ(job_variables.files.enginePath1, nullptr);
+    EXPECT_EQ(job_variables.files.enginePath2, nullptr);
+    EXPECT_EQ(job_variables.files.enginePath3, nullptr);
+    EXPECT_EQ(job_variables.files.enginePath4, nullptr);
+    EXPECT_EQ(job_variables.files.colorTableStandard, nullptr);
+    EXPECT_EQ(job_variables.files.colorTablePhoto, nullptr);
+    EXPECT_EQ(job_variables.files.colorTablePhotoGlossy, nullptr);
+    EXPECT_EQ(job_variables.files.engineIniPath, nullptr);
   }
   EXPECT_THAT(linker.opened, IsEmpty());
   EXPECT_THAT(LogLines(), IsEmpty());
@@ -182,7 +184,7 @@ TEST_F(EngineLoaderTest, AllFourLibrariesAreTriedWhicheverIsMissing) {
       linker = Linker{};
       log_.Clear();
       linker.missing = {LibrariesOf(family)[missing]};
-      EXPECT_FALSE(family == "tqhe" ? LoadHeronLibraries() : LoadGraniteLibraries());
+      EXPECT_FALSE(LoadEngineLibraries(paths::kEngineFamilies[family == "tqhe" ? 1 : 0]));
       EXPECT_EQ(linker.opened, LibrariesOf(family));
       EXPECT_THAT(linker.looked_up, IsEmpty());
       EXPECT_THAT(LogLines(),
@@ -196,7 +198,7 @@ TEST_F(EngineLoaderTest, MissingLibraryKeepsTheFamilysFields) {
   linker.missing = {LibrariesOf("tqhe")[0]};
   EXPECT_FALSE(Load('V'));
   EXPECT_EQ(job_variables.isHeron, 1);
-  EXPECT_EQ(job_variables.engineIniPath, std::string(kShared) + "tqhecfg.ini");
+  EXPECT_EQ(job_variables.files.engineIniPath, std::string(kShared) + "tqhecfg.ini");
 }
 
 TEST_F(EngineLoaderTest, EntriesAreLookedUpInTheSecondLibraryInOrder) {
@@ -215,9 +217,9 @@ TEST_F(EngineLoaderTest, EachMissingEntryFailsButTheOthersAreStored) {
     EXPECT_THAT(LogLines(), ElementsAre("   Successfully loaded Granite libraries",
                                         "   Failed to load HPE functions"));
     size_t filled = 0;
-#define ZR7700_COUNT(name, type)                    \
-  filled += engine_entries.name != nullptr ? 1 : 0; \
-  EXPECT_EQ(engine_entries.name == nullptr, std::string(missing) == #name);
+#define ZR7700_COUNT(name, type)                       \
+  filled += engine_entries.name.IsMissing() ? 0U : 1U; \
+  EXPECT_EQ(engine_entries.name.IsMissing(), std::string(missing) == #name);
     HPE_ENTRIES(ZR7700_COUNT)
 #undef ZR7700_COUNT
     EXPECT_EQ(filled, 21u) << missing;

@@ -37,7 +37,7 @@ void FlushEngineOutput() {
 void WriteEngineOutput(void* context, uint8_t* data, uint32_t length_bytes) noexcept {
   if (data == nullptr) return;
   if (context != nullptr) {
-    AdjustFirstFeed(*static_cast<JobVariables*>(context), {data, length_bytes});
+    AdjustFirstFeed(static_cast<JobVariables*>(context)->FeedAdjust, {data, length_bytes});
   }
   for (std::span<const uint8_t> rest(data, length_bytes); !rest.empty();) {
     const std::span<const uint8_t> piece = rest.first(std::min(rest.size(), kPieceBytes));

@@ -3,14 +3,13 @@
 #include "engine/engine_properties.h"
 
 #include <algorithm>
-#include <cinttypes>
 
-#include "driver/log.h"
+#include "base/log.h"
+#include "base/wrapping.h"
 #include "engine/engine_codes.h"
 #include "engine/engine_entries.h"
 #include "engine/ini_file.h"
 #include "engine/margins.h"
-#include "engine/wrapping.h"
 
 namespace zr7700 {
 namespace {
@@ -28,41 +27,40 @@ struct AlignmentItem {
   uint32_t value;
 };
 
-// Logs the outcome of one property call: with the engine's status when it failed, else with the
-// value sent. True on success.
-bool ReportNumber(const char* property, int32_t status, int32_t value) {
-  if (status == HPE_OK) {
-    LogMessage(kLogDetail, "      %s = (%" PRId32 ")", property, value);
-  } else {
-    LogMessage(kLogDetail, "      %s FAILED - (%" PRId32 ")", property, status);
-  }
-  return status == HPE_OK;
+// Logs the outcome of one property call: `done` with the value sent, or `failed` with the engine's
+// status. True on success.
+bool ReportNumber(const char* done, const char* failed, int32_t status, int32_t value) {
+  const bool ok = status == HPE_OK;
+  LogMessage(kLogDetail, "%s%i)", ok ? done : failed, ok ? value : status);
+  return ok;
 }
 
-bool ReportNumber(const char* property, int32_t status, uint32_t value) {
-  return ReportNumber(property, status, static_cast<int32_t>(value));
+bool ReportNumber(const char* done, const char* failed, int32_t status, uint32_t value) {
+  return ReportNumber(done, failed, status, static_cast<int32_t>(value));
 }
 
-void WritePrintDirection(const char* slot, const char* key, const char* value) {
-  if (!WriteFerroIniFile("[ESwathBuilder]", key, value)) {
-    LogMessage(kLogDetail, "     %s set print direction FAILED", slot);
-  }
+void WritePrintDirection(const char* key, const char* value, const char* failed) {
+  if (!WriteFerroIniFile("[ESwathBuilder]", key, value)) LogMessage(kLogDetail, "%s", failed);
 }
 
-void SetPrintDirection(const JobVariables& variables) {
+void PushPrintDirection(const JobVariables& variables) {
   const bool both_ways = variables.bidirectional == 1;
-  LogMessage(kLogDetail, "     Setting print direction to %s", both_ways ? "BIDI" : "UNI");
-  WritePrintDirection("Slot1", "Slot1PrintDirection=", both_ways ? "0" : "2");
-  WritePrintDirection("Slot2", "Slot2PrintDirection=", both_ways ? "0" : "1");
+  LogMessage(kLogDetail, both_ways ? "     Setting print direction to BIDI"
+                                   : "     Setting print direction to UNI");
+  WritePrintDirection("Slot1PrintDirection=", both_ways ? "0" : "2",
+                      "     Slot1 set print direction FAILED");
+  WritePrintDirection("Slot2PrintDirection=", both_ways ? "0" : "1",
+                      "     Slot2 set print direction FAILED");
 }
 
-bool SetResolution(const JobVariables& variables) {
+bool PushResolution(const JobVariables& variables) {
   const uint32_t horizontal = variables.horzResolution;
   const uint32_t vertical = variables.vertResolution;
-  bool ok = ReportNumber("SetHorzInputResolution",
-                         hpe::SetInputResolution(engineHandle, 0, horizontal), horizontal);
-  ok &= ReportNumber("SetVertInputResolution", hpe::SetInputResolution(engineHandle, 1, vertical),
-                     vertical);
+  bool ok =
+      ReportNumber("      SetHorzInputResolution = (", "      SetHorzInputResolution FAILED - (",
+                   engine_entries.SetInputResolution(engineHandle, 0, horizontal), horizontal);
+  ok &= ReportNumber("      SetVertInputResolution = (", "      SetVertInputResolution FAILED - (",
+                     engine_entries.SetInputResolution(engineHandle, 1, vertical), vertical);
   return ok;
 }
 
@@ -75,92 +73,99 @@ int32_t NarrowestDots(const JobVariables& variables) {
   return WrappingMultiply(kNarrowestInches, static_cast<int32_t>(variables.horzResolution));
 }
 
-bool SetLeftMargin(const JobVariables& variables) {
+bool PushLeftMargin(const JobVariables& variables) {
   int32_t margin = std::max(ripGetMarginWidth(variables), 0);
   if (IsNarrow(variables)) {
-    LogMessage(kLogDetail, "      Left Margin = (%" PRId32 ")", margin);
+    LogMessage(kLogDetail, "      Left Margin = (%i)", margin);
     const int32_t missing_dots =
         WrappingSubtract(NarrowestDots(variables), static_cast<int32_t>(variables.pageWidth));
     margin = WrappingSubtract(margin, missing_dots);
-    LogMessage(kLogDetail,
-               "      Changing LeftMargin to (%" PRId32 ") because of printer limitation", margin);
+    LogMessage(kLogDetail, "      Changing LeftMargin to (%i) because of printer limitation",
+               margin);
   }
-  return ReportNumber("SetLeftMargin", hpe::SetLeftMargin(engineHandle, margin), margin);
+  return ReportNumber("      SetLeftMargin = (", "      SetLeftMargin FAILED - (",
+                      engine_entries.SetLeftMargin(engineHandle, margin), margin);
 }
 
-bool SetTopMargin(const JobVariables& variables) {
+bool PushTopMargin(const JobVariables& variables) {
   const int32_t margin = std::max(variables.topDiscOffset, 0);
-  return ReportNumber("SetTopMargin", hpe::SetTopMargin(engineHandle, margin), margin);
+  return ReportNumber("      SetTopMargin = (", "      SetTopMargin FAILED - (",
+                      engine_entries.SetTopMargin(engineHandle, margin), margin);
 }
 
-bool SetPhysicalWidth(const JobVariables& variables) {
+bool PushPhysicalWidth(const JobVariables& variables) {
   // 8.5 inches; 5100 dots at 600 dpi.
   const auto width = static_cast<int32_t>(variables.horzResolution * 5100U / 600U);
-  return ReportNumber("SetPhysicalWidth", hpe::SetPhysicalWidth(engineHandle, width), width);
+  return ReportNumber("      SetPhysicalWidth = (", "      SetPhysicalWidth FAILED - (",
+                      engine_entries.SetPhysicalWidth(engineHandle, width), width);
 }
 
-bool SetPrintableWidth(const JobVariables& variables) {
+bool PushPrintableWidth(const JobVariables& variables) {
   auto width = static_cast<int32_t>(variables.pageWidth);
   if (IsNarrow(variables)) {
-    LogMessage(kLogDetail, "      Print Width = (%" PRId32 ")", width);
+    LogMessage(kLogDetail, "      Print Width = (%i)", width);
     width = NarrowestDots(variables);
-    LogMessage(kLogDetail, "      Changing Width to (%" PRId32 ") because of printer limitation",
-               width);
+    LogMessage(kLogDetail, "      Changing Width to (%i) because of printer limitation", width);
   }
-  return ReportNumber("SetPrintableWidth", hpe::SetPrintableWidth(engineHandle, width), width);
+  return ReportNumber("      SetPrintableWidth = (", "      SetPrintableWidth FAILED - (",
+                      engine_entries.SetPrintableWidth(engineHandle, width), width);
 }
 
-bool SetPrintableHeight(const JobVariables& variables) {
+bool PushPrintableHeight(const JobVariables& variables) {
   const auto height = static_cast<int32_t>(variables.pageHeight);
-  return ReportNumber("SetPrintableHeight", hpe::SetPrintableHeight(engineHandle, height), height);
+  return ReportNumber("      SetPrintableHeight = (", "      SetPrintableHeight FAILED - (",
+                      engine_entries.SetPrintableHeight(engineHandle, height), height);
 }
 
-// Logs a failure as a 32-bit pattern behind `failure`, which ends before the number.
-bool ReportPattern(const char* failure, int32_t status) {
-  if (status != HPE_OK) {
-    LogMessage(kLogDetail, "%s FAILED - (0x%" PRIX32 ")", failure, static_cast<uint32_t>(status));
-  }
-  return status == HPE_OK;
+// Logs a failure: `failed` with the status as a 32-bit pattern. True on success.
+bool ReportPattern(const char* failed, int32_t status) {
+  if (status == HPE_OK) return true;
+  LogMessage(kLogDetail, "%s%X)", failed, static_cast<uint32_t>(status));
+  return false;
 }
 
 // Slot 0 holds the colour cartridge, slot 1 would hold a black one. The two failure lines are
 // indented differently.
-bool SetCartridges() {
-  const int32_t color_status = hpe::SetInstalledCartridge(engineHandle, 0, 4, 1);
+bool PushCartridges() {
+  const int32_t color_status = engine_entries.SetInstalledCartridge(engineHandle, 0, 4, 1);
   LogMessage(kLogDetail, "      CMY Cartridge Installed");
-  bool ok = ReportPattern("   SetInstalledCartridge", color_status);
-  const int32_t black_status = hpe::SetInstalledCartridge(engineHandle, 1, 3, 0);
+  bool ok = ReportPattern("   SetInstalledCartridge FAILED - (0x", color_status);
+  const int32_t black_status = engine_entries.SetInstalledCartridge(engineHandle, 1, 3, 0);
   LogMessage(kLogDetail, "      K Cartridge Not Installed");
-  ok &= ReportPattern("     SetInstalledCartridge", black_status);
+  ok &= ReportPattern("     SetInstalledCartridge FAILED - (0x", black_status);
   return ok;
 }
 
-bool SetQualityAndMedia(const JobVariables& variables) {
+bool PushQualityAndMedia(const JobVariables& variables) {
   const bool is_heron = variables.isHeron == 1;
   const EngineCode quality = QualityCode(is_heron, variables.PrintQuality);
-  LogMessage(kLogDetail, "     Resolution %s", quality.log_text);
+  LogMessage(kLogDetail, "%s", quality.log_text);
   const EngineCode media = MediaCode(is_heron, variables.DiscSurfaceQuality);
-  LogMessage(kLogDetail, "     Media %s", media.log_text);
-  bool ok = ReportNumber("SetMediaType", hpe::SetMediaType(engineHandle, media.code), media.code);
-  ok &= ReportNumber("SetOutputPrintQuality",
-                     hpe::SetOutputPrintQuality(engineHandle, quality.code), quality.code);
+  LogMessage(kLogDetail, "%s", media.log_text);
+  bool ok = ReportNumber("      SetMediaType = (", "      SetMediaType FAILED - (",
+                         engine_entries.SetMediaType(engineHandle, media.code), media.code);
+  ok &=
+      ReportNumber("      SetOutputPrintQuality = (", "      SetOutputPrintQuality FAILED - (",
+                   engine_entries.SetOutputPrintQuality(engineHandle, quality.code), quality.code);
   return ok;
 }
 
-bool SetPageIntent() {
+bool PushPageIntent() {
   LogMessage(kLogDetail, "      Setting PageIntent to PI_Photos");
-  return ReportPattern("      SetPageIntent", hpe::SetPageIntent(engineHandle, kPageIntentPhotos));
+  return ReportPattern("      SetPageIntent FAILED - (0x",
+                       engine_entries.SetPageIntent(engineHandle, kPageIntentPhotos));
 }
 
-bool SetSharpening(const JobVariables& variables) {
+bool PushSharpening(const JobVariables& variables) {
   int32_t level = variables.ImageSharpeningValue;
   if (level < 1 || level > kHighestSharpening) level = kHighestSharpening;
-  const int32_t status = hpe::SetImageSharpeningLevel(engineHandle, level);
-  if (status != HPE_OK) return ReportPattern("      SetImageSharpeningLevel", status);
-  return ReportNumber("SetImageSharpeningLevel", status, level);
+  const int32_t status = engine_entries.SetImageSharpeningLevel(engineHandle, level);
+  if (status != HPE_OK) return ReportPattern("      SetImageSharpeningLevel FAILED - (0x", status);
+  return ReportNumber("      SetImageSharpeningLevel = (",
+                      "      SetImageSharpeningLevel FAILED - (", status, level);
 }
 
-void SetAlignment(const JobVariables& variables) {
+void PushAlignment(const JobVariables& variables) {
   const AlignmentItem items[] = {{0, 112},
                                  {1, 112},
                                  {2, 112},
@@ -170,7 +175,7 @@ void SetAlignment(const JobVariables& variables) {
                                  {7, 40},
                                  {9, 40}};
   for (const AlignmentItem& entry : items) {
-    hpe::SetAlignmentInformation(engineHandle, entry.item, entry.value);
+    engine_entries.SetAlignmentInformation(engineHandle, entry.item, entry.value);
   }
 }
 
@@ -178,21 +183,23 @@ void SetAlignment(const JobVariables& variables) {
 
 bool SetHPEProperties(const JobVariables& variables) {
   LogMessage(kLogMilestone, "   SetHPEProperties: Printing with the following FERRO settings");
-  SetPrintDirection(variables);
-  bool ok = SetResolution(variables);
-  ok &= SetLeftMargin(variables);
-  ok &= SetTopMargin(variables);
-  ok &= SetPhysicalWidth(variables);
-  ok &= SetPrintableWidth(variables);
-  ok &= SetPrintableHeight(variables);
-  ok &= SetCartridges();
-  ok &= SetQualityAndMedia(variables);
-  ok &= ReportNumber("SetPaperTray", hpe::SetPaperTray(engineHandle, kDiscTray), kDiscTray);
-  ok &= SetPageIntent();
-  ok &= SetSharpening(variables);
-  ok &= ReportNumber("SetHPERasterFormat", hpe::SetHPERasterFormat(engineHandle, kRasterFormatRgbm),
+  PushPrintDirection(variables);
+  bool ok = PushResolution(variables);
+  ok &= PushLeftMargin(variables);
+  ok &= PushTopMargin(variables);
+  ok &= PushPhysicalWidth(variables);
+  ok &= PushPrintableWidth(variables);
+  ok &= PushPrintableHeight(variables);
+  ok &= PushCartridges();
+  ok &= PushQualityAndMedia(variables);
+  ok &= ReportNumber("      SetPaperTray = (", "      SetPaperTray FAILED - (",
+                     engine_entries.SetPaperTray(engineHandle, kDiscTray), kDiscTray);
+  ok &= PushPageIntent();
+  ok &= PushSharpening(variables);
+  ok &= ReportNumber("      SetHPERasterFormat = (", "      SetHPERasterFormat FAILED - (",
+                     engine_entries.SetHPERasterFormat(engineHandle, kRasterFormatRgbm),
                      kRasterFormatRgbm);
-  SetAlignment(variables);
+  PushAlignment(variables);
   return ok;
 }
 

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "engine/engine_properties.h"
 
-#include "driver/settings.h"
+#include "base/settings.h"
 #include "engine/engine_entries.h"
 #include "engine/job_variables.h"
 #include "tests/support/job_test.h"
@@ -30,7 +30,7 @@ class EnginePropertiesTest : public test::JobTest {
     variables_.ImageSharpeningValue = 11;
     variables_.alignmentValue6 = 201;
     variables_.alignmentValue14 = 202;
-    job_variables.engineIniPath = ini_path_.c_str();
+    job_variables.files.engineIniPath = ini_path_.c_str();
   }
 
   // The calls or log lines of one run; the run succeeds.
@@ -103,7 +103,7 @@ TEST_F(EnginePropertiesTest, PrintDirectionGoesIntoTheIniFile) {
 
 TEST_F(EnginePropertiesTest, PrintDirectionThatCannotBeWrittenIsLoggedAndChangesNothing) {
   const std::string nowhere = folder_.PathOf("missing/engine.ini");
-  job_variables.engineIniPath = nowhere.c_str();
+  job_variables.files.engineIniPath = nowhere.c_str();
   const std::vector<std::string> lines = Lines();
   EXPECT_THAT(std::vector<std::string>(lines.begin() + 2, lines.begin() + 10),
               ElementsAre("ferro ini file not present trying to create",
@@ -175,7 +175,7 @@ TEST_F(EnginePropertiesTest, RefusedAlignmentChangesNothing) {
 }
 
 TEST_F(EnginePropertiesTest, MissingEntryCountsAsAFailureWithStatusTwo) {
-  engine_entries.SetPaperTray = nullptr;
+  engine_entries.SetPaperTray.Set(nullptr);
   EXPECT_FALSE(SetHPEProperties(variables_));
   EXPECT_THAT(LogLines(), Contains("      SetPaperTray FAILED - (2)"));
   EXPECT_EQ(engine_.calls().size(), 22u);
@@ -293,7 +293,7 @@ TEST_F(EnginePropertiesTest, FailuresAreDetails) {
     engine_.Answer(entry, 10);
   }
   const std::string nowhere = folder_.PathOf("missing/engine.ini");
-  job_variables.engineIniPath = nowhere.c_str();
+  job_variables.files.engineIniPath = nowhere.c_str();
   const test::LogCapture log(1);
   EXPECT_FALSE(SetHPEProperties(variables_));
   EXPECT_THAT(

@@ -4,8 +4,8 @@
 
 #include <cstring>
 
-#include "driver/bytes.h"
-#include "driver/log.h"
+#include "base/bytes.h"
+#include "base/log.h"
 
 namespace zr7700 {
 namespace {
@@ -22,25 +22,25 @@ uint8_t* Find(std::span<uint8_t> block, const uint8_t (&command)[kBytes]) {
   return static_cast<uint8_t*>(memmem(block.data(), block.size(), command, kBytes));
 }
 
-void LogFeed(const char* what, uint32_t value, const uint8_t* bytes) {
-  LogMessage(kLogMilestone, "**%s FEED: %u, {0x%.2x, 0x%.2x, 0x%.2x, 0x%.2x}\n", what, value,
-             bytes[0], bytes[1], bytes[2], bytes[3]);
+void LogFeed(const char* text, uint32_t value, const uint8_t* bytes) {
+  LogMessage(kLogMilestone, "%s%u, {0x%.2x, 0x%.2x, 0x%.2x, 0x%.2x}\n", text, value, bytes[0],
+             bytes[1], bytes[2], bytes[3]);
 }
 
 }  // namespace
 
-void AdjustFirstFeed(JobVariables& variables, std::span<uint8_t> block) {
+bool AdjustFirstFeed(int32_t adjustment, std::span<uint8_t> block) {
   uint8_t* const command = Find(block, kFeed);
-  if (command == nullptr) return;
+  if (command == nullptr) return false;
   const auto position = static_cast<size_t>(command - block.data());
-  if (block.size() - position < kFeedBytes) return;
-  variables.feedPending = 0;
+  if (block.size() - position < kFeedBytes) return false;
   uint8_t* const value_bytes = command + sizeof kFeed;
   const uint32_t found_value = LoadBigEndian32(value_bytes);
-  LogFeed("Found", found_value, value_bytes);
-  const uint32_t adjusted = found_value + static_cast<uint32_t>(variables.FeedAdjust);
+  LogFeed("**Found FEED: ", found_value, value_bytes);
+  const uint32_t adjusted = found_value + static_cast<uint32_t>(adjustment);
   StoreBigEndian32(adjusted, value_bytes);
-  LogFeed("Set", adjusted, value_bytes);
+  LogFeed("**Set FEED: ", adjusted, value_bytes);
+  return true;
 }
 
 int AdjustFeed16(uint8_t* data, const uint32_t& length_bytes, bool& found, int16_t adjustment) {

@@ -7,15 +7,13 @@
 #include <cstdint>
 #include <span>
 
-#include "engine/job_variables.h"
-
 namespace zr7700 {
 
 // Shifts the first feed command of `block` (1B 2A 07 66, then the feed value in four bytes, most
-// significant first) by the record's FeedAdjust, modulo 2^32, in place, and clears its feedPending.
-// A command whose value does not lie in the block whole is none. A later command of the block stays
-// as it is. Main thread.
-void AdjustFirstFeed(JobVariables& variables, std::span<uint8_t> block);
+// significant first) by `adjustment`, modulo 2^32, in place. False, with the block as it was, when
+// there is none: a command whose value does not lie in the block whole is none. A later command of
+// the block stays as it is. Main thread.
+bool AdjustFirstFeed(int32_t adjustment, std::span<uint8_t> block);
 
 // The two-byte form (1B 23 01 00, the value 103 bytes further on, high byte first): adds
 // `adjustment` to it, modulo 2^16, in the first `length_bytes` bytes at `data`, sets `found` and

@@ -14,24 +14,20 @@ using Bytes = std::vector<uint8_t>;
 
 class FeedCommandTest : public test::JobTest {
  protected:
-  FeedCommandTest() {
-    variables_.FeedAdjust = -1900;
-    variables_.feedPending = 1;
-  }
-
   Bytes Adjusted(Bytes block) {
-    AdjustFirstFeed(variables_, block);
+    found_ = AdjustFirstFeed(adjustment_, block);
     return block;
   }
 
-  JobVariables variables_ = {};
+  int32_t adjustment_ = -1900;
+  bool found_ = false;
 };
 
 TEST_F(FeedCommandTest, FeedIsShiftedByTheSetting) {
   // 10000 becomes 8100.
   EXPECT_EQ(Adjusted({9, 0x1B, 0x2A, 7, 0x66, 0, 0, 0x27, 0x10, 9}),
             (Bytes{9, 0x1B, 0x2A, 7, 0x66, 0, 0, 0x1F, 0xA4, 9}));
-  EXPECT_EQ(variables_.feedPending, 0);
+  EXPECT_TRUE(found_);
   EXPECT_THAT(LogLines(), ElementsAre("**Found FEED: 10000, {0x00, 0x00, 0x27, 0x10}\n",
                                       "**Set FEED: 8100, {0x00, 0x00, 0x1f, 0xa4}\n"));
 }
@@ -41,7 +37,7 @@ TEST_F(FeedCommandTest, SumWrapsModulo2To32) {
   EXPECT_EQ(Adjusted({0x1B, 0x2A, 7, 0x66, 0, 0, 0x07, 0x6B}),
             (Bytes{0x1B, 0x2A, 7, 0x66, 0xFF, 0xFF, 0xFF, 0xFF}));
   EXPECT_THAT(LogLines(), Contains("**Set FEED: 4294967295, {0xff, 0xff, 0xff, 0xff}\n"));
-  variables_.FeedAdjust = INT32_MAX;
+  adjustment_ = INT32_MAX;
   EXPECT_EQ(Adjusted({0x1B, 0x2A, 7, 0x66, 0xFF, 0xFF, 0xFF, 0xFF}),
             (Bytes{0x1B, 0x2A, 7, 0x66, 0x7F, 0xFF, 0xFF, 0xFE}));
 }
@@ -63,13 +59,14 @@ TEST_F(FeedCommandTest, BlocksWithoutAWholeCommandStayAsTheyAre) {
   for (size_t length = 0; length <= command.size(); ++length) {
     const Bytes block(command.begin(), command.begin() + static_cast<ptrdiff_t>(length));
     EXPECT_EQ(Adjusted(block), block) << length;
+    EXPECT_FALSE(found_) << length;
   }
   for (size_t i = 0; i < 4; ++i) {
     Bytes block = {0x1B, 0x2A, 7, 0x66, 0, 0, 0x27, 0x10};
     block[i] ^= 1;
     EXPECT_EQ(Adjusted(block), block) << i;
+    EXPECT_FALSE(found_) << i;
   }
-  EXPECT_EQ(variables_.feedPending, 1);
   EXPECT_THAT(LogLines(), IsEmpty());
 }
 

@@ -8,10 +8,10 @@
 #include <string_view>
 #include <vector>
 
-#include "driver/log.h"
+#include "base/log.h"
+#include "base/regular_file.h"
 #include "engine/fatal_limit.h"
 #include "engine/job_variables.h"
-#include "engine/regular_file.h"
 
 namespace zr7700 {
 namespace {
@@ -22,7 +22,7 @@ constexpr char kFileLimit[] = "8000 bytes in a file";
 constexpr size_t kKeyLineBytes = 500;
 constexpr size_t kHeaderBytes = 100;
 // The most that is held in memory; such a file is taken as over its limit unseen.
-constexpr size_t kReadBytes = size_t{1} << 20;
+constexpr size_t kMostBytes = (size_t{1} << 20) - 1;
 
 bool Contains(std::string_view line, std::string_view text) {
   return line.find(text) != std::string_view::npos;
@@ -82,10 +82,19 @@ bool Rewrite(const char* path, const std::string& text) {
   return ReportFailure();
 }
 
-// The file's old text; nothing when it cannot be opened.
-std::optional<std::string> OldText(const char* path) {
-  std::optional<std::string> text = ReadRegularFile(path, kReadBytes);
-  if (text && text->size() == kReadBytes) EndProcessAtLimit(kFileLimit, path);
+// The file's old text, as far as it can be read; nothing when it cannot be opened.
+std::optional<std::string> ReadOldText(const char* path) {
+  std::string text;
+  switch (ReadRegularFile(path, Links::kRefused, kMostBytes, text)) {
+    case FileReading::kMissing:
+    case FileReading::kRefused:
+      return std::nullopt;
+    case FileReading::kTooLong:
+      EndProcessAtLimit(kFileLimit, path);
+    case FileReading::kRead:
+    case FileReading::kFailed:
+      break;
+  }
   return text;
 }
 
@@ -140,8 +149,8 @@ std::optional<std::string> WithoutKey(const char* path, std::string_view old_tex
 }  // namespace
 
 bool WriteFerroIniFile(const char* section, const char* key, const char* value) {
-  const char* const path = job_variables.engineIniPath;
-  const std::optional<std::string> old_text = OldText(path);
+  const char* const path = job_variables.files.engineIniPath;
+  const std::optional<std::string> old_text = ReadOldText(path);
   if (!old_text) {
     LogMessage(kLogDetail, "ferro ini file not present trying to create");
     NewText text(path);
@@ -153,8 +162,8 @@ bool WriteFerroIniFile(const char* section, const char* key, const char* value) 
 }
 
 bool RemoveFerroIniKey(const char* section, const char* key) {
-  const char* const path = job_variables.engineIniPath;
-  const std::optional<std::string> old_text = OldText(path);
+  const char* const path = job_variables.files.engineIniPath;
+  const std::optional<std::string> old_text = ReadOldText(path);
   if (!old_text) {
     LogMessage(kLogDetail, "Unable to open ferro ini file for writing");
     return ReportFailure();

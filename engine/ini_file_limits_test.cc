@@ -15,7 +15,7 @@ using testing::ElementsAre;
 
 class IniLimitsTest : public test::JobTest {
  protected:
-  IniLimitsTest() { job_variables.engineIniPath = path_.c_str(); }
+  IniLimitsTest() { job_variables.files.engineIniPath = path_.c_str(); }
 
   void Given(const std::string& text) { folder_.WriteFile("engine.ini", text); }
   std::string Text() const { return test::ReadFile(path_); }

@@ -16,7 +16,7 @@ using testing::IsEmpty;
 
 class IniFileTest : public test::JobTest {
  protected:
-  IniFileTest() { job_variables.engineIniPath = path_.c_str(); }
+  IniFileTest() { job_variables.files.engineIniPath = path_.c_str(); }
 
   void Given(const std::string& text) { folder_.WriteFile("engine.ini", text); }
   std::string Text() const { return test::ReadFile(path_); }
@@ -129,7 +129,7 @@ TEST_F(IniFileTest, MissingFileIsCreatedWithHeaderAndKey) {
 
 TEST_F(IniFileTest, FileInAMissingFolderCannotBeCreated) {
   const std::string path = folder_.PathOf("missing/engine.ini");
-  job_variables.engineIniPath = path.c_str();
+  job_variables.files.engineIniPath = path.c_str();
   EXPECT_FALSE(WriteFerroIniFile("[Configuration]", "Color=", "1"));
   EXPECT_THAT(LogLines(),
               ElementsAre("ferro ini file not present trying to create",
@@ -137,7 +137,7 @@ TEST_F(IniFileTest, FileInAMissingFolderCannotBeCreated) {
 }
 
 TEST_F(IniFileTest, WithoutAFileNameNothingCanBeSetOrRemoved) {
-  job_variables.engineIniPath = nullptr;
+  job_variables.files.engineIniPath = nullptr;
   EXPECT_FALSE(WriteFerroIniFile("[Configuration]", "Color=", "1"));
   EXPECT_FALSE(RemoveFerroIniKey("[Configuration]", "Color="));
 }
@@ -206,7 +206,7 @@ TEST_F(IniFileTest, RemovingFromAMissingFileFailsAndCreatesNone) {
 TEST_F(IniFileTest, FileNameIsTakenAtEveryCall) {
   EXPECT_TRUE(WriteFerroIniFile("[A]", "K=", "1"));
   const std::string other = folder_.PathOf("other.ini");
-  job_variables.engineIniPath = other.c_str();
+  job_variables.files.engineIniPath = other.c_str();
   EXPECT_TRUE(WriteFerroIniFile("[A]", "K=", "2"));
   EXPECT_EQ(Text(), "[A]\nK=1 \n");
   EXPECT_EQ(test::ReadFile(other), "[A]\nK=2 \n");
@@ -227,7 +227,7 @@ TEST_F(IniFileTest, LinesOfAJobsSettings) {
 TEST_F(IniFileTest, EveryLineIsADetail) {
   const test::LogCapture log(1);
   const std::string path = folder_.PathOf("missing/engine.ini");
-  job_variables.engineIniPath = path.c_str();
+  job_variables.files.engineIniPath = path.c_str();
   EXPECT_FALSE(WriteFerroIniFile("[Configuration]", "Color=", "1"));
   EXPECT_FALSE(RemoveFerroIniKey("[Configuration]", "Color="));
   EXPECT_THAT(log.Lines(),

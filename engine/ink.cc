@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "engine/wrapping.h"
+#include "base/wrapping.h"
 
 namespace zr7700 {
 namespace {

@@ -7,7 +7,8 @@
 
 #include <cstdint>
 
-#include "engine/host_print_engine.h"
+#include "base/paths.h"
+#include "zr7700/host_print_engine.h"
 
 namespace zr7700 {
 
@@ -29,7 +30,6 @@ struct JobVariables {
   uint32_t pageHeight;
   uint32_t pageWidth;
 
-  uint8_t feedPending;    // 1 from page start until the engine's first feed command
   uint8_t alignmentSkip;  // nothing sets it: the alignment is always checked
 
   // Copies of settings and constants.
@@ -64,16 +64,9 @@ struct JobVariables {
   int32_t topDiscOffset;
   uint8_t bidirectional;
 
-  // The engine family (engine_loader.cc); the strings are constants.
+  // The engine family (engine_loader.cc); the paths are constants.
   uint8_t isHeron;
-  const char* enginePath1;
-  const char* enginePath2;
-  const char* enginePath3;
-  const char* colorTableStandard;
-  const char* colorTablePhoto;
-  const char* colorTablePhotoGlossy;
-  const char* engineIniPath;
-  const char* enginePath4;
+  paths::EngineFiles files;
 
   // Job options, and the printer's readiness letter as a flag.
   uint8_t SkipLowInkFWCheck;
@@ -87,16 +80,17 @@ inline bool IsHighQualityMedium(const JobVariables& variables) {
   return variables.DiscSurfaceQuality >= 3 && variables.DiscSurfaceQuality <= 5;
 }
 
+// True for a line within the printable band.
+inline bool IsInPrintableBand(const JobVariables& variables, uint32_t y) {
+  return variables.topOutputImage < y && y < variables.bottomOutputImage;
+}
+
 // The record, zero at start and never reset between pages.
 extern JobVariables job_variables;
 
 // The engine instance (main thread) that every entry is called with; null until the document is set
 // up.
 extern HPEHandle engineHandle;
-
-// Main thread. Bit 0: the engine is initialised and no print header has been written since.
-extern uint8_t engineFlags;
-inline constexpr uint8_t kEngineInitialised = 0x01;
 
 }  // namespace zr7700
 

@@ -6,7 +6,6 @@
 #include <cstring>
 #include <optional>
 
-#include "engine/byte_order.h"
 #include "engine/clip_range.h"
 #include "engine/ink.h"
 
@@ -14,18 +13,6 @@ namespace zr7700 {
 namespace {
 
 constexpr int kPixelBytes = 4;
-constexpr int kPadByte = 3;
-// The same bytes in either byte order.
-constexpr uint32_t kWhite = SwapBytes32(0xFFFFFFFFU);
-
-bool IsInBand(const JobVariables& variables, uint16_t y) {
-  return variables.topOutputImage < y && y < variables.bottomOutputImage;
-}
-
-bool IsClipped(const ClipRange& range, int n) {
-  return n > range.outer_high || n < range.outer_low ||
-         (n < range.inner_high && n > range.inner_low);
-}
 
 // Pixel indices from the line's start, `end` not included; empty when end <= begin.
 struct Span {
@@ -68,30 +55,13 @@ void ConvertClipped(const InkTables& tables, const ClipRange& range, uint8_t* li
 }  // namespace
 
 bool ConvertLine(const JobVariables& variables, uint8_t* line, uint16_t width_pixels, uint16_t y) {
-  if (!IsInBand(variables, y)) return false;
+  if (!IsInPrintableBand(variables, y)) return false;
   const InkTables& tables = TablesFor(InkRulesOf(variables));
   ClipRange range;
   if (GetClipRange(variables, y, width_pixels, range)) {
     ConvertClipped(tables, range, line, width_pixels);
   } else {
     Convert(tables, line, {0, width_pixels});
-  }
-  return true;
-}
-
-bool ConvertLinePlainly(const JobVariables& variables, uint8_t* line, uint16_t width_pixels,
-                        uint16_t y) {
-  if (!IsInBand(variables, y)) return false;
-  const InkRules rules = InkRulesOf(variables);
-  ClipRange range;
-  const bool clipping = GetClipRange(variables, y, width_pixels, range);
-  for (int n = width_pixels; n > 0; --n, line += kPixelBytes) {
-    if (clipping && IsClipped(range, n)) {
-      memcpy(line, &kWhite, kPixelBytes);
-    } else if (!rules.ChangesNothing()) {
-      ApplyInkRules(rules, line);
-    }
-    line[kPadByte] = 0;
   }
   return true;
 }

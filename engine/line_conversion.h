@@ -15,15 +15,9 @@
 namespace zr7700 {
 
 // Converts the line in place: line `y` of the page, `width_pixels` pixels. False, with the line
-// untouched, when it lies outside the printable band: lines strictly between the job variables'
-// topOutputImage and bottomOutputImage are inside. Main thread (the job's ink tables are kept from
-// line to line).
+// untouched, when it lies outside the printable band. Main thread (the job's ink tables are kept
+// from line to line).
 bool ConvertLine(const JobVariables& variables, uint8_t* line, uint16_t width_pixels, uint16_t y);
-
-// The same, pixel by pixel and without tables: the plain form that ConvertLine equals bit for bit.
-// Any thread.
-bool ConvertLinePlainly(const JobVariables& variables, uint8_t* line, uint16_t width_pixels,
-                        uint16_t y);
 
 }  // namespace zr7700
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "engine/clip_buffers.h"
+#include "engine/plain_conversion.h"
 
 namespace zr7700 {
 namespace {

@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "engine/margins.h"
 
-#include "driver/log.h"
-#include "driver/settings.h"
-#include "engine/wrapping.h"
+#include "base/log.h"
+#include "base/settings.h"
+#include "base/wrapping.h"
 
 namespace zr7700 {
 namespace {

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "engine/margins.h"
 
-#include "driver/settings.h"
+#include "base/settings.h"
 #include "tests/support/job_test.h"
 
 namespace zr7700 {

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "engine/page.h"
 
+#include "base/log.h"
 #include "disc/raster_header.h"
-#include "driver/log.h"
 #include "engine/clip_buffers.h"
 #include "engine/engine_entries.h"
 #include "engine/engine_output.h"
@@ -28,23 +28,23 @@ void TakeGeometry(JobVariables& variables, const cups_page_header2_t& header) {
   variables.pageWidth = header.cupsWidth;
 }
 
-void LogSigned(const char* name, uint32_t value) {
-  LogMessage(kLogDetail, "   %s: %i", name, static_cast<int32_t>(value));
+void LogSigned(const char* text, uint32_t value) {
+  LogMessage(kLogDetail, "%s%i", text, static_cast<int32_t>(value));
 }
 
 void LogJobVariables(const JobVariables& variables) {
   LogMessage(kLogDetail, "-------  Job Variables  -------\n");
-  LogSigned("ColorMatching", variables.ColorMatching);
-  LogSigned("DiscSurfaceQuality", variables.DiscSurfaceQuality);
-  LogSigned("PrintQuality", variables.PrintQuality);
-  LogSigned("topDiscOffset", static_cast<uint32_t>(variables.topDiscOffset));
-  LogSigned("OuterMargin", variables.OuterMargin);
-  LogSigned("InnerDiam", variables.InnerDiam);
-  LogSigned("bottomOutputImage", variables.bottomOutputImage);
-  LogSigned("topOutputImage", variables.topOutputImage);
-  LogSigned("leftOutputImage", variables.leftOutputImage);
-  LogSigned("rightOutputImage", variables.rightOutputImage);
-  LogSigned("InkSaturation", variables.InkSaturation);
+  LogSigned("   ColorMatching: ", variables.ColorMatching);
+  LogSigned("   DiscSurfaceQuality: ", variables.DiscSurfaceQuality);
+  LogSigned("   PrintQuality: ", variables.PrintQuality);
+  LogSigned("   topDiscOffset: ", static_cast<uint32_t>(variables.topDiscOffset));
+  LogSigned("   OuterMargin: ", variables.OuterMargin);
+  LogSigned("   InnerDiam: ", variables.InnerDiam);
+  LogSigned("   bottomOutputImage: ", variables.bottomOutputImage);
+  LogSigned("   topOutputImage: ", variables.topOutputImage);
+  LogSigned("   leftOutputImage: ", variables.leftOutputImage);
+  LogSigned("   rightOutputImage: ", variables.rightOutputImage);
+  LogSigned("   InkSaturation: ", variables.InkSaturation);
 }
 
 // A header's length as a whole number, cut toward zero; what no 32-bit number can hold becomes 0.
@@ -54,9 +54,7 @@ uint32_t WholePoints(float points) {
              : 0;
 }
 
-void LogNumber(const char* name, uint32_t value) {
-  LogMessage(kLogMilestone, "   %s %u", name, value);
-}
+void LogNumber(const char* text, uint32_t value) { LogMessage(kLogMilestone, "%s%u", text, value); }
 
 void LogPage(const JobVariables& variables, const cups_page_header2_t& header) {
   LogMessage(kLogMilestone, "   Page Size %u, %u", variables.pageWidth, variables.pageHeight);
@@ -65,31 +63,32 @@ void LogPage(const JobVariables& variables, const cups_page_header2_t& header) {
              WholePoints(header.cupsPageSize[1]));
   LogMessage(kLogMilestone, "   Resolution H: %u, V: %u", variables.horzResolution,
              variables.vertResolution);
-  LogNumber("cupsBitsPerPixel", header.cupsBitsPerPixel);
-  LogNumber("cupsBitsPerColor", header.cupsBitsPerColor);
-  LogNumber("cupsColorOrder", ColorOrderOf(header));
-  LogNumber("cupsBytesPerLine", header.cupsBytesPerLine);
-  LogNumber("nPhotoThreshold", variables.nPhotoThreshold);
-  LogNumber("nRunCompValue", variables.nRunCompValue);
-  LogNumber("nRunCompDiv", variables.nRunCompDiv);
-  LogNumber("ImageSharpeningValue", static_cast<uint32_t>(variables.ImageSharpeningValue));
+  LogNumber("   cupsBitsPerPixel ", header.cupsBitsPerPixel);
+  LogNumber("   cupsBitsPerColor ", header.cupsBitsPerColor);
+  LogNumber("   cupsColorOrder ", ColorOrderOf(header));
+  LogNumber("   cupsBytesPerLine ", header.cupsBytesPerLine);
+  LogNumber("   nPhotoThreshold ", variables.nPhotoThreshold);
+  LogNumber("   nRunCompValue ", variables.nRunCompValue);
+  LogNumber("   nRunCompDiv ", variables.nRunCompDiv);
+  LogNumber("   ImageSharpeningValue ", static_cast<uint32_t>(variables.ImageSharpeningValue));
 }
 
-bool Refuse(const char* field, uint32_t value) {
-  LogMessage(kLogDetail, "   Bad %s=%u!", field, value);
+bool Refuse(const char* text, uint32_t value) {
+  LogMessage(kLogDetail, "%s%u!", text, value);
   return false;
 }
 
 // What the line conversion, and the division by the resolution, can handle.
 bool CheckFormat(const cups_page_header2_t& header) {
   if (header.cupsBitsPerColor != 8 && header.cupsBitsPerColor != 16) {
-    return Refuse("cupsBitsPerColor", header.cupsBitsPerColor);
+    return Refuse("   Bad cupsBitsPerColor=", header.cupsBitsPerColor);
   }
   const uint32_t order = ColorOrderOf(header);
-  if (order != CUPS_ORDER_CHUNKED) return Refuse("cupsColorOrder", order);
+  if (order != CUPS_ORDER_CHUNKED) return Refuse("   Bad cupsColorOrder=", order);
   const uint32_t space = ColorSpaceOf(header);
-  if (space != CUPS_CSPACE_W && space != CUPS_CSPACE_RGB) return Refuse("cupsColorSpace", space);
-  if (header.HWResolution[0] == 0) return Refuse("HWResolution", header.HWResolution[0]);
+  if (space != CUPS_CSPACE_W && space != CUPS_CSPACE_RGB)
+    return Refuse("   Bad cupsColorSpace=", space);
+  if (header.HWResolution[0] == 0) return Refuse("   Bad HWResolution=", header.HWResolution[0]);
   return true;
 }
 
@@ -99,23 +98,22 @@ void SendPrintHeader(const JobVariables& variables) {
   PrintHeader bytes = BuildPrintHeader(variables, ink_warning);
   WriteEngineOutput(nullptr, bytes.data(), bytes.size());
   LogMessage(kLogDetail, "     Print HEADER written");
-  // The flag stands for an engine whose output the printer has not been told of yet.
-  engineFlags &= static_cast<uint8_t>(~kEngineInitialised);
 }
 
 bool SetProperties(const JobVariables& variables) {
   LogMessage(kLogDetail, "   ### SetHPEProperties Called");
   const bool ok = SetHPEProperties(variables);
-  LogMessage(kLogDetail, "   ### SetHPEProperties %s", ok ? "Passed" : "Failed");
+  LogMessage(kLogDetail, ok ? "   ### SetHPEProperties Passed" : "   ### SetHPEProperties Failed");
   return ok;
 }
 
 bool StartEnginePage() {
   LogMessage(kLogDetail, "   ### HPEStartPage Called");
-  const int32_t status = hpe::HPEStartPage(engineHandle);
+  const int32_t status = engine_entries.HPEStartPage(engineHandle);
   const bool ok = status == HPE_OK;
-  LogMessage(kLogDetail, "   ### HPEStartPage %s %p 0x%x", ok ? "Passsed" : "Failed", engineHandle,
-             static_cast<uint32_t>(status));
+  LogMessage(kLogDetail,
+             ok ? "   ### HPEStartPage Passsed %p 0x%x" : "   ### HPEStartPage Failed %p 0x%x",
+             engineHandle, static_cast<uint32_t>(status));
   return ok;
 }
 
@@ -132,7 +130,6 @@ bool StartPage(const cups_page_header2_t& header) {
     LogMessage(kLogDetail, "   Unable to create ClipDataBufs!");
     return false;
   }
-  variables.feedPending = 1;
   SendPrintHeader(variables);
   if (!SetProperties(variables) || !StartEnginePage()) return false;
   LogMessage(kLogMilestone, "START_PAGE_END");
@@ -142,7 +139,7 @@ bool StartPage(const cups_page_header2_t& header) {
 bool EndPage() {
   LogMessage(kLogMilestone, "END_PAGE");
   LogMessage(kLogDetail, "   ### HPEEndPage");
-  const int32_t status = hpe::HPEEndPage(engineHandle);
+  const int32_t status = engine_entries.HPEEndPage(engineHandle, 0);
   if (status != HPE_OK) {
     LogMessage(kLogDetail, "   HPEEndPage Failed 0x%x", static_cast<uint32_t>(status));
   }

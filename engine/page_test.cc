@@ -44,7 +44,7 @@ class PageTest : public test::JobTest {
     v.inkLimitLow = 190000000;
     v.statusLetterReady = 1;
     v.bidirectional = 1;
-    v.engineIniPath = ini_path_.c_str();
+    v.files.engineIniPath = ini_path_.c_str();
     header_.HWResolution[0] = 600;
     header_.HWResolution[1] = 601;
     header_.cupsWidth = 2834;
@@ -90,7 +90,6 @@ class PageTest : public test::JobTest {
     EXPECT_EQ(output_, "");
     EXPECT_THAT(engine_.calls(), IsEmpty());
     EXPECT_EQ(job_variables.clipDataBufs, nullptr);
-    EXPECT_EQ(job_variables.feedPending, 0);
   }
 
   test::TemporaryFolder folder_;
@@ -118,7 +117,6 @@ TEST_F(PageTest, GeometryComesFromTheHeader) {
   EXPECT_EQ(job_variables.rightOutputImage, 2234u);
   EXPECT_EQ(job_variables.pageHeight, 2835u);
   EXPECT_EQ(job_variables.pageWidth, 2834u);
-  EXPECT_EQ(job_variables.feedPending, 1);
 }
 
 TEST_F(PageTest, GeometryIsKeptToItsWidths) {
@@ -226,23 +224,22 @@ TEST_F(PageTest, WithoutAClipTableNothingIsWritten) {
   EXPECT_EQ(output_, "");
   EXPECT_THAT(engine_.calls(), IsEmpty());
   EXPECT_EQ(LogLines().back(), kCreateFailed);
-  EXPECT_EQ(job_variables.feedPending, 0);
 }
 
 TEST_F(PageTest, PrintHeaderGoesOutBeforeAnythingOfTheEngine) {
   engine_.During("HPEStartPage", [] { fputs("engine", stdout); });
-  engineFlags = 0xFF;
   ASSERT_TRUE(Start());
   EXPECT_EQ(output_,
             std::string("\x1B\x0B\x0E\1\1\1\x09\xE8\xC6\x10\0\0\0\0\0\xFE", 16) + "engine");
-  EXPECT_EQ(engineFlags, 0xFE);
 }
 
 TEST_F(PageTest, PrintHeaderIsNoFeedCommand) {
-  // The header goes out without the record, so that it is never searched.
+  // An ink warning that reads as the beginning of one, at bytes 6 to 9 of the header.
   job_variables.FeedAdjust = 1;
+  job_variables.SkipLowInkFWCheck = 1;
+  job_variables.inkLimitHigh = 0x1B2A0766;
   ASSERT_TRUE(Start());
-  EXPECT_EQ(job_variables.feedPending, 1);
+  EXPECT_EQ(output_.substr(6, 8), std::string("\x1B*\x07\x66\0\0\0\0", 8));
 }
 
 TEST_F(PageTest, RefusedPropertiesEndThePageAfterThePrintHeader) {
@@ -263,7 +260,7 @@ TEST_F(PageTest, RefusedPageIsLoggedWithHandleAndStatus) {
 }
 
 TEST_F(PageTest, MissingPageEntryIsStatusTwo) {
-  engine_entries.HPEStartPage = nullptr;
+  engine_entries.HPEStartPage.Set(nullptr);
   EXPECT_FALSE(Start());
   EXPECT_EQ(LogLines().back(),
             "   ### HPEStartPage Failed " + PointerText(engine_.handle()) + " 0x2");

@@ -6,8 +6,8 @@
 #include <cstring>
 #include <span>
 
+#include "base/log.h"
 #include "disc/ring.h"
-#include "driver/log.h"
 
 namespace zr7700 {
 namespace {
@@ -32,11 +32,11 @@ constexpr uint8_t kOtherColorMatching = 1;
 constexpr uint8_t kOneDirection = 0;
 constexpr uint8_t kBothDirections = 1;
 
-// The option's marked keyword, logged, or null. Owned by the PPD.
-const char* MarkedKeyword(ppd_file_t* ppd, const char* option) {
+// Returns the option's marked keyword, logged behind `log_text`, or null. Owned by the PPD.
+const char* TakeKeyword(ppd_file_t* ppd, const char* option, const char* log_text) {
   const ppd_choice_t* const choice = ppdFindMarkedChoice(ppd, option);
   if (choice == nullptr) return nullptr;
-  LogMessage(kLogMilestone, "   %sChoice : %s", option, choice->choice);
+  LogMessage(kLogMilestone, "%s%s", log_text, choice->choice);
   return choice->choice;
 }
 
@@ -50,32 +50,36 @@ uint8_t ValueOf(std::span<const KeywordRow> rows, const char* keyword, uint8_t o
   return other;
 }
 
-void ReadKeyword(ppd_file_t* ppd, const char* option, std::span<const KeywordRow> rows,
-                 uint8_t other, uint8_t& field) {
-  const char* const keyword = MarkedKeyword(ppd, option);
+void ReadKeyword(ppd_file_t* ppd, const char* option, const char* log_text,
+                 std::span<const KeywordRow> rows, uint8_t other, uint8_t& field) {
+  const char* const keyword = TakeKeyword(ppd, option, log_text);
   if (keyword != nullptr) field = ValueOf(rows, keyword, other);
 }
 
 }  // namespace
 
 void ReadDiscChoices(ppd_file_t* ppd, JobVariables& variables) {
-  if (const char* const keyword = MarkedKeyword(ppd, "InnerDiameter")) {
+  if (const char* const keyword = TakeKeyword(ppd, "InnerDiameter", "   InnerDiameterChoice : ")) {
     variables.InnerDiam = static_cast<uint32_t>(NumberOf(keyword));
   }
-  if (const char* const keyword = MarkedKeyword(ppd, "Saturation")) {
+  if (const char* const keyword = TakeKeyword(ppd, "Saturation", "   SaturationChoice : ")) {
     variables.InkSaturation = static_cast<uint8_t>(NumberOf(keyword));
   }
-  if (const char* const keyword = MarkedKeyword(ppd, "OuterMargin")) {
+  if (const char* const keyword = TakeKeyword(ppd, "OuterMargin", "   OuterMarginChoice : ")) {
     variables.OuterMargin = static_cast<uint32_t>(MarginDots(NumberOf(keyword)));
   }
 }
 
 void ReadPrintChoices(ppd_file_t* ppd, JobVariables& variables) {
-  ReadKeyword(ppd, "MediaType", kMediaTypes, kOtherMediaType, variables.DiscSurfaceQuality);
-  ReadKeyword(ppd, "PrintQuality", kPrintQualities, kOtherPrintQuality, variables.PrintQuality);
-  ReadKeyword(ppd, "ColorMatching", kColorMatchings, kOtherColorMatching, variables.ColorMatching);
+  ReadKeyword(ppd, "MediaType", "   MediaTypeChoice : ", kMediaTypes, kOtherMediaType,
+              variables.DiscSurfaceQuality);
+  ReadKeyword(ppd, "PrintQuality", "   PrintQualityChoice : ", kPrintQualities, kOtherPrintQuality,
+              variables.PrintQuality);
+  ReadKeyword(ppd, "ColorMatching", "   ColorMatchingChoice : ", kColorMatchings,
+              kOtherColorMatching, variables.ColorMatching);
   variables.bidirectional = kBothDirections;
-  ReadKeyword(ppd, "Bidi", kBidirections, kOneDirection, variables.bidirectional);
+  ReadKeyword(ppd, "Bidi", "   BidiChoice : ", kBidirections, kOneDirection,
+              variables.bidirectional);
 }
 
 }  // namespace zr7700

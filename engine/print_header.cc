@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "engine/print_header.h"
 
-#include "driver/bytes.h"
+#include "base/bytes.h"
 
 namespace zr7700 {
 namespace {

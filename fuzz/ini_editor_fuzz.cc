@@ -6,10 +6,10 @@
 
 #include <string>
 
+#include "base/regular_file.h"
 #include "engine/fatal_limit.h"
 #include "engine/ini_file.h"
 #include "engine/job_variables.h"
-#include "engine/regular_file.h"
 #include "fuzz/input.h"
 
 namespace zr7700 {
@@ -31,6 +31,13 @@ bool Edit(bool set, const char* value) {
   }
 }
 
+std::string ContentOf(const std::string& path) {
+  std::string text;
+  const FileReading reading = ReadRegularFile(path.c_str(), Links::kRefused, 1 << 20, text);
+  fuzz::Require(reading == FileReading::kRead);
+  return text;
+}
+
 }  // namespace
 
 // Stands in for the library's own, which ends the process: a fuzzer must go on.
@@ -41,7 +48,7 @@ void EndProcessAtLimit(const char*, const char*) { throw LimitReached(); }
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t bytes) {
   using zr7700::fuzz::Require;
   static const std::string path = "/tmp/zr7700-ini-fuzz-" + std::to_string(getpid());
-  zr7700::job_variables.engineIniPath = path.c_str();
+  zr7700::job_variables.files.engineIniPath = path.c_str();
   zr7700::fuzz::Input input(data, bytes);
   const uint8_t mode = input.U8();
   const std::string value(mode >> 1, 'v');
@@ -50,13 +57,13 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t bytes) {
 
   const bool set = (mode & 1) != 0;
   const bool edited = zr7700::Edit(set, value.c_str());
-  const std::string after = zr7700::ReadRegularFile(path.c_str(), 1 << 20).value();
+  const std::string after = zr7700::ContentOf(path);
   if (!edited) Require(after == before);
   if (edited) {
     Require(after.size() < 8000 || after == before);
     if (set) Require(after.find("K=" + value + " \n") != std::string::npos);
     zr7700::Edit(set, value.c_str());
-    Require(zr7700::ReadRegularFile(path.c_str(), 1 << 20).value() == after);
+    Require(zr7700::ContentOf(path) == after);
   }
   unlink(path.c_str());
   return 0;

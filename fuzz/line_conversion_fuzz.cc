@@ -7,6 +7,7 @@
 
 #include "engine/clip_buffers.h"
 #include "engine/line_conversion.h"
+#include "engine/plain_conversion.h"
 #include "fuzz/input.h"
 
 using zr7700::fuzz::Input;

@@ -56,17 +56,17 @@ def test_man_formats_without_warnings(page):
 
 def test_settings_and_their_defaults():
     documented = dict(re.findall(r"^\.It Va (\w+) Ta (-?\d+) Ta .+$", section("SETTINGS"), re.M))
-    built_in = dict(re.findall(r"^  int32_t (\w+) = (-?\d+);", source("driver/settings.h"), re.M))
+    built_in = dict(re.findall(r"^  int32_t (\w+) = (-?\d+);", source("base/settings.h"), re.M))
     assert len(built_in) == 11
     assert documented == built_in
 
 
 def test_every_path_is_documented():
     """Each path of the filter is named in FILES, itself or the folder that holds it."""
-    text = re.sub(r"//.*", "", source("driver/paths.h"))
+    text = re.sub(r"//.*", "", source("base/paths.h"))
     macros = dict(re.findall(r'#define (\w+) (ZR7700_ROOT "[^"]*")', text))
     macros.update({"ZR7700_ROOT": '""', "ZR7700_SHM_PREFIX": '""'})
-    values = re.findall(r'= ((?:(?:ZR7700_\w+|"[^"]*")\s*)+)[,;]', text)
+    values = re.findall(r'((?:(?:ZR7700_\w+|"[^"]*")\s+)*"[^"]*")\s*[,;}]', text)
     paths = {path for path in (expanded(value, macros) for value in values) if "/" in path}
     documented = re.findall(r"^\.It Pa (\S+)$", section("FILES"), re.M)
     assert len(paths) > 20

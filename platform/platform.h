@@ -8,37 +8,55 @@
 #ifndef ZR7700_PLATFORM_PLATFORM_H_
 #define ZR7700_PLATFORM_PLATFORM_H_
 
+#include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace zr7700::platform {
 
-// What looking a key up in a property-list file came to.
+// What looking a key up came to.
 enum class Lookup {
-  kNoList,     // the file could not be read or is no property list
   kNoKey,      // the root is no dictionary, or lacks the key
   kOtherType,  // the key is there with a value of another type than asked for
   kFound,
 };
 
-// Looks `key` (UTF-8) up in the property list at `path` and, on kFound only, sets `value`.
-//
-// Integers keep their low 32 bits; reals are cut toward zero and held to the 32-bit range. A
-// boolean is no number, and neither is a real that is not a number. The file is read anew at every
-// call. It must be a regular file of at most 256 KiB: anything else, a FIFO say, counts as kNoList
-// and never blocks. So does a list with any fault in it: a number that is none, an element left
-// open, nesting beyond 100. Main thread.
-Lookup ReadPropertyNumber(const char* path, const char* key, int32_t& value);
+inline constexpr size_t kMostPropertyListBytes = size_t{16} << 20;
 
-// The same for a string value; `utf8` is set on kFound only. Main thread.
-Lookup ReadPropertyString(const char* path, const char* key, std::string& utf8);
+// A parsed property list. Main thread.
+class PropertyList {
+ public:
+  // Parses a list in XML or binary form. Nothing when the parser refuses it, or would not survive
+  // it: more than kMostPropertyListBytes, nesting beyond 100, more than 32,000 keys, a binary list
+  // that points nowhere or unfolds without measure, a text of very many entities.
+  static std::optional<PropertyList> Parse(std::string_view bytes);
 
-// Puts `value` under `key` in the root dictionary of the list at `path` and writes the list back as
-// XML; the file's old content stays whole if the writing fails half-way. False when the file could
-// not be read, is no property list, or has a root that is no dictionary; the success of the
-// write-back itself is not reported. Main thread.
-bool WritePropertyNumber(const char* path, const char* key, int32_t value);
+  // Looks `key` (UTF-8) up in the root dictionary and sets `value` on kFound only. Integers keep
+  // their low 32 bits; reals are cut toward zero and held to the 32-bit range. A boolean is no
+  // number, and neither is a real that is not a number.
+  Lookup Number(const char* key, int32_t& value) const;
+
+  // The same for a text, up to its first NUL.
+  Lookup String(const char* key, std::string& utf8) const;
+
+  // Puts `value` under `key`. False, with nothing changed, when the root is no dictionary.
+  bool SetNumber(const char* key, int32_t value);
+
+  // The list as XML; empty when it cannot be written so.
+  std::string Xml() const;
+
+ private:
+  struct Release {
+    void operator()(void* root) const;
+  };
+
+  explicit PropertyList(void* root) : root_(root) {}
+
+  std::unique_ptr<void, Release> root_;  // of the platform's own kind
+};
 
 // Says where LocalizedText finds its translations: message catalogues named `domain` under
 // `directory`. A system that keeps translations in the program's own bundle ignores it. Both

@@ -14,7 +14,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "reference_engine/regular_file.h"
+#include "base/regular_file.h"
 
 namespace zr7700::reference_engine {
 namespace {
@@ -140,7 +140,8 @@ bool ColorTable::Load(Family family, const std::string& path) {
   if (!Identify(path, &identity)) return false;
   if (loaded() && identity == identity_) return true;
   std::string file;
-  if (ReadRegularFile(path, kMaxTableBytes, &file) != FileReading::kRead) return false;
+  if (ReadRegularFile(path.c_str(), Links::kFollowed, kMaxTableBytes, file) != FileReading::kRead)
+    return false;
   std::vector<InkNode> nodes =
       NodesOf(family, Bytes(reinterpret_cast<const cmsUInt8Number*>(file.data()), file.size()));
   if (nodes.empty()) return false;

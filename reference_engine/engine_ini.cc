@@ -7,8 +7,8 @@
 #include <map>
 #include <span>
 
+#include "base/regular_file.h"
 #include "reference_engine/engine_status.h"
-#include "reference_engine/regular_file.h"
 
 namespace zr7700::reference_engine {
 namespace {
@@ -80,9 +80,9 @@ EngineIni ParseEngineIni(std::string_view text) {
 
 int32_t ReadEngineIni(const std::string& path, EngineIni* ini) {
   std::string text;
-  const FileReading reading = ReadRegularFile(path, kMaxIniBytes, &text);
-  if (reading == FileReading::kRefused) return kBadConfiguration;
-  *ini = reading == FileReading::kRead ? ParseEngineIni(text) : EngineIni();
+  const FileReading reading = ReadRegularFile(path.c_str(), Links::kFollowed, kMaxIniBytes, text);
+  if (reading != FileReading::kRead && reading != FileReading::kMissing) return kBadConfiguration;
+  *ini = ParseEngineIni(text);
   return kOk;
 }
 

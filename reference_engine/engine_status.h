@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-#include "engine/host_print_engine.h"
+#include "zr7700/host_print_engine.h"
 
 namespace zr7700::reference_engine {
 

@@ -4,8 +4,8 @@
 #include <new>
 #include <type_traits>
 
-#include "engine/host_print_engine.h"
 #include "reference_engine/instances.h"
+#include "zr7700/host_print_engine.h"
 
 using zr7700::reference_engine::Band;
 using zr7700::reference_engine::Family;

@@ -4,8 +4,8 @@
 #ifndef ZR7700_REFERENCE_ENGINE_INSTANCES_H_
 #define ZR7700_REFERENCE_ENGINE_INSTANCES_H_
 
-#include "engine/host_print_engine.h"
 #include "reference_engine/print_engine.h"
+#include "zr7700/host_print_engine.h"
 
 namespace zr7700::reference_engine {
 

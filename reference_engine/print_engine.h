@@ -8,13 +8,13 @@
 #include <optional>
 #include <string>
 
-#include "engine/host_print_engine.h"
 #include "reference_engine/color_table.h"
 #include "reference_engine/engine_status.h"
 #include "reference_engine/page_renderer.h"
 #include "reference_engine/page_settings.h"
 #include "reference_engine/screen.h"
 #include "reference_engine/stream_writer.h"
+#include "zr7700/host_print_engine.h"
 
 namespace zr7700::reference_engine {
 

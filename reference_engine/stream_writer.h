@@ -8,8 +8,8 @@
 #include <span>
 #include <vector>
 
-#include "engine/host_print_engine.h"
 #include "reference_engine/family.h"
+#include "zr7700/host_print_engine.h"
 
 namespace zr7700::reference_engine {
 

@@ -13,8 +13,8 @@
 #include <thread>
 
 #include "status/test_back_channel.h"
-#include "status/test_process.h"
 #include "status/test_records.h"
+#include "tests/support/own_process.h"
 
 namespace zr7700 {
 namespace {

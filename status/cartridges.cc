@@ -2,16 +2,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "status/cartridges.h"
 
-#include "driver/log.h"
+#include "base/log.h"
 
 namespace zr7700 {
 namespace {
 
 constexpr Cartridge kCartridges[] = {
-    {'Q', 190'000'000, 400'000'000, ""},
-    {'P', 463'000'000, 700'000'000, " (PRO Cart Installed)"},
-    {'U', 1'440'000'000, 1'820'000'000, " (HERON Cart Installed)"},
-    {'V', 2'455'000'000, 3'000'000'000, " (HERON QX Cart Installed)"},
+    {'Q', 190'000'000, 400'000'000, "CheckCartridges: ** Cartridges are ok"},
+    {'P', 463'000'000, 700'000'000, "CheckCartridges: ** Cartridges are ok (PRO Cart Installed)"},
+    {'U', 1'440'000'000, 1'820'000'000,
+     "CheckCartridges: ** Cartridges are ok (HERON Cart Installed)"},
+    {'V', 2'455'000'000, 3'000'000'000,
+     "CheckCartridges: ** Cartridges are ok (HERON QX Cart Installed)"},
 };
 
 // The letters 0x20 to 0x2F stand for an empty slot.
@@ -32,7 +34,7 @@ CartridgeResult CheckCartridges(const PrinterStatusRecord& record) {
   LogMessage(kLogDetail, "In CheckCartridges");
   const char letter = CartridgeLetter(record);
   if (const Cartridge* const cartridge = FindCartridge(letter)) {
-    LogMessage(kLogDetail, "CheckCartridges: ** Cartridges are ok%s", cartridge->log_note);
+    LogMessage(kLogDetail, "%s", cartridge->log_text);
     return {CartridgeCheck::kOk, cartridge};
   }
   if (IsEmptySlot(letter)) {

@@ -15,7 +15,7 @@ struct Cartridge {
   char letter;
   uint32_t ink_limit_low;
   uint32_t ink_limit_high;
-  const char* log_note;  // what the log adds about it
+  const char* log_text;
 };
 
 enum class CartridgeCheck { kOk, kMissing, kInvalid };

@@ -4,7 +4,8 @@
 
 #include <cstdio>
 
-#include "driver/log.h"
+#include "base/log.h"
+#include "base/standard_error.h"
 #include "status/user_texts.h"
 
 namespace zr7700 {
@@ -19,20 +20,25 @@ struct ConditionTexts {
   const char* reason;  // null: none
   const char* turned_on;
   const char* turned_off;
-  const char* log_name;
+  const char* log_set;
+  const char* log_cleared;
 };
 
 constexpr ConditionTexts kInkEmpty = {kInkEmptyReason, ZR7700_UNRECOVERABLE ZR7700_TEXT_INK_EMPTY,
-                                      ZR7700_RECOVERED ZR7700_TEXT_INK_EMPTY, "ink empty"};
+                                      ZR7700_RECOVERED ZR7700_TEXT_INK_EMPTY, "Setting ink empty",
+                                      "Clearing ink empty"};
 constexpr ConditionTexts kInkLow = {
     kInkLowReason, ZR7700_RECOVERABLE ZR7700_TEXT_INK_LOW,
-    ZR7700_RECOVERED ZR7700_TEXT_CONTINUING ZR7700_RECOVERED ZR7700_TEXT_INK_LOW, "ink low"};
+    ZR7700_RECOVERED ZR7700_TEXT_CONTINUING ZR7700_RECOVERED ZR7700_TEXT_INK_LOW, "Setting ink low",
+    "Clearing ink low"};
 constexpr ConditionTexts kPaperOut = {
     kPaperOutReason, ZR7700_RECOVERABLE ZR7700_TEXT_BIN_EMPTY,
-    ZR7700_RECOVERED ZR7700_TEXT_CONTINUING ZR7700_RECOVERED ZR7700_TEXT_BIN_EMPTY, "paper out"};
+    ZR7700_RECOVERED ZR7700_TEXT_CONTINUING ZR7700_RECOVERED ZR7700_TEXT_BIN_EMPTY,
+    "Setting paper out", "Clearing paper out"};
 constexpr ConditionTexts kAlignment = {
     nullptr, ZR7700_RECOVERABLE ZR7700_TEXT_ALIGN,
-    ZR7700_RECOVERED ZR7700_TEXT_CONTINUING ZR7700_RECOVERED ZR7700_TEXT_ALIGN, "alignment needed"};
+    ZR7700_RECOVERED ZR7700_TEXT_CONTINUING ZR7700_RECOVERED ZR7700_TEXT_ALIGN,
+    "Setting alignment needed", "Clearing alignment needed"};
 
 // What CUPS has been told.
 bool InkEmptyReported = false;
@@ -43,16 +49,16 @@ bool AlignmentNeededReported = false;
 void Report(const ConditionTexts& texts, bool holds, bool& reported) {
   if (holds == reported) return;
   reported = holds;
-  if (texts.reason != nullptr) fprintf(stderr, "STATE: %c%s", holds ? '+' : '-', texts.reason);
-  fputs(holds ? texts.turned_on : texts.turned_off, stderr);
-  LogMessage(kLogDetail, "%s %s", holds ? "Setting" : "Clearing", texts.log_name);
+  if (texts.reason != nullptr) TellCups("STATE: %c%s", holds ? '+' : '-', texts.reason);
+  TellCups("%s", holds ? texts.turned_on : texts.turned_off);
+  LogMessage(kLogDetail, "%s", holds ? texts.log_set : texts.log_cleared);
 }
 
 }  // namespace
 
 void ClearPrinterStates() {
   for (const char* reason : {kInkEmptyReason, kInkLowReason, kPaperOutReason}) {
-    fprintf(stderr, "STATE: -%s", reason);
+    TellCups("STATE: -%s", reason);
   }
 }
 

@@ -9,7 +9,7 @@
 #include <span>
 #include <string_view>
 
-#include "driver/log.h"
+#include "base/log.h"
 #include "status/back_channel.h"
 #include "status/unix_socket.h"
 

@@ -12,11 +12,11 @@
 #include <thread>
 #include <vector>
 
-#include "status/cancel_signal.h"
+#include "base/cancel_signal.h"
 #include "status/test_back_channel.h"
-#include "status/test_process.h"
 #include "status/test_socket.h"
 #include "tests/support/log_capture.h"
+#include "tests/support/own_process.h"
 #include "tests/support/stream_capture.h"
 
 namespace zr7700 {

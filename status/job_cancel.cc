@@ -9,8 +9,8 @@
 #include <cerrno>
 #include <cstdlib>
 
-#include "driver/log.h"
-#include "status/cancel_signal.h"
+#include "base/cancel_signal.h"
+#include "base/log.h"
 #include "status/status_memory.h"
 #include "status/status_thread.h"
 
@@ -21,8 +21,8 @@ namespace {
 // nothing for a while, and after some 30 seconds CUPS kills the job.
 constexpr int kStallLimit_ms = 20'000;
 
-// False when the descriptor has taken nothing for the limit.
-bool TakesOutput(int descriptor) {
+// Waits until the descriptor takes output; false when it has taken nothing for the limit.
+bool WaitForReader(int descriptor) {
   pollfd watched = {descriptor, POLLOUT, 0};
   int ready;
   do {
@@ -44,10 +44,10 @@ void DiscardOutput(int descriptor) {
 
 void InstallJobCancel() {
   InstallCancelHandler();
-  atexit([] { JobCancelled(); });
+  atexit([] { TakeCancel(); });
 }
 
-bool JobCancelled() {
+bool TakeCancel() {
   static bool cancelled = false;
   if (!cancelled && CancelRequested()) {
     StopStatusThread();
@@ -58,10 +58,10 @@ bool JobCancelled() {
 }
 
 void WaitForOutput(int descriptor) {
-  while (!JobCancelled()) {
+  while (!TakeCancel()) {
     if (WaitForRoom(descriptor)) return;
   }
-  if (!TakesOutput(descriptor)) DiscardOutput(descriptor);
+  if (!WaitForReader(descriptor)) DiscardOutput(descriptor);
 }
 
 }  // namespace zr7700

@@ -10,11 +10,12 @@ namespace zr7700 {
 // the cancel's effects about. Main thread, once.
 void InstallJobCancel();
 
-// True once the job is cancelled. The first call after SIGTERM brings the cancel's effects about
-// before it answers: the status thread is stopped and joined, the shared status memory released.
-// That takes as long as the thread's last read and notice do: some 3 seconds with a silent printer,
-// and up to 20 more when the utility neither accepts nor answers. Main thread.
-bool JobCancelled();
+// Takes note of a requested cancel: the first call after SIGTERM stops and joins the status thread
+// and releases the shared status memory. True once the job is cancelled; CancelRequested() asks
+// without any effect. The first call takes as long as the thread's last read and notice do: some 3
+// seconds with a silent printer, and up to 20 more when the utility neither accepts nor answers.
+// Main thread.
+bool TakeCancel();
 
 // Waits until `descriptor` takes output without blocking, or can take none any more. A cancel that
 // comes meanwhile has its effects at once; the waiting then goes on, but a reader that takes

@@ -9,32 +9,32 @@
 #include <chrono>
 #include <thread>
 
-#include "status/cancel_signal.h"
+#include "base/cancel_signal.h"
 #include "status/status_memory.h"
 #include "status/status_thread.h"
 #include "status/test_memory.h"
 #include "status/test_printer.h"
-#include "status/test_process.h"
 #include "status/test_records.h"
+#include "tests/support/own_process.h"
 
 namespace zr7700 {
 namespace {
 
 using std::chrono::milliseconds;
 
-TEST(JobCancelledTest, IsFalseAtTheStart) { EXPECT_FALSE(JobCancelled()); }
+TEST(TakeCancelTest, IsFalseAtTheStart) { EXPECT_FALSE(TakeCancel()); }
 
-TEST(JobCancelledTest, IsTrueForGoodAfterTheSignal) {
+TEST(TakeCancelTest, IsTrueForGoodAfterTheSignal) {
   test::InOwnProcess([] {
     InstallCancelHandler();
-    EXPECT_FALSE(JobCancelled());
+    EXPECT_FALSE(TakeCancel());
     raise(SIGTERM);
-    EXPECT_TRUE(JobCancelled());
-    EXPECT_TRUE(JobCancelled());
+    EXPECT_TRUE(TakeCancel());
+    EXPECT_TRUE(TakeCancel());
   });
 }
 
-TEST(JobCancelledTest, TheSignalAloneReleasesNothing) {
+TEST(TakeCancelTest, TheSignalAloneReleasesNothing) {
   test::InOwnProcess([] {
     const test::MemoryName name;
     InstallCancelHandler();
@@ -45,20 +45,20 @@ TEST(JobCancelledTest, TheSignalAloneReleasesNothing) {
   });
 }
 
-TEST(JobCancelledTest, ReleasesTheStatusMemory) {
+TEST(TakeCancelTest, ReleasesTheStatusMemory) {
   test::InOwnProcess([] {
     const test::MemoryName name;
     InstallCancelHandler();
     ASSERT_TRUE(CreateStatusMemory(144));
-    EXPECT_FALSE(JobCancelled());
+    EXPECT_FALSE(TakeCancel());
     EXPECT_TRUE(test::LookAtMemory());
     raise(SIGTERM);
-    EXPECT_TRUE(JobCancelled());
+    EXPECT_TRUE(TakeCancel());
     EXPECT_FALSE(test::LookAtMemory());
   });
 }
 
-TEST(JobCancelledTest, StopsTheStatusThreadBeforeItReleasesTheMemory) {
+TEST(TakeCancelTest, StopsTheStatusThreadBeforeItReleasesTheMemory) {
   test::InOwnProcess([] {
     const test::MemoryName name;
     InstallCancelHandler();
@@ -74,7 +74,7 @@ TEST(JobCancelledTest, StopsTheStatusThreadBeforeItReleasesTheMemory) {
     ASSERT_TRUE(StartStatusThread(true));
     while (!reading) std::this_thread::yield();
     raise(SIGTERM);
-    EXPECT_TRUE(JobCancelled());
+    EXPECT_TRUE(TakeCancel());
     EXPECT_TRUE(memory_at_end_of_read);
     EXPECT_FALSE(test::LookAtMemory());
     const int requests = test::StatusRequests();
@@ -83,7 +83,7 @@ TEST(JobCancelledTest, StopsTheStatusThreadBeforeItReleasesTheMemory) {
   });
 }
 
-TEST(JobCancelledTest, LaterStopsAndReleasesAreTolerated) {
+TEST(TakeCancelTest, LaterStopsAndReleasesAreTolerated) {
   test::InOwnProcess([] {
     const test::MemoryName name;
     InstallCancelHandler();
@@ -91,10 +91,10 @@ TEST(JobCancelledTest, LaterStopsAndReleasesAreTolerated) {
     ASSERT_TRUE(CreateStatusMemory(144));
     ASSERT_TRUE(StartStatusThread(true));
     raise(SIGTERM);
-    EXPECT_TRUE(JobCancelled());
+    EXPECT_TRUE(TakeCancel());
     StopStatusThread();
     CloseStatusMemory();
-    EXPECT_TRUE(JobCancelled());
+    EXPECT_TRUE(TakeCancel());
   });
 }
 

@@ -4,12 +4,11 @@
 
 #include <unistd.h>
 
-#include <cstdio>
-
-#include "driver/log.h"
+#include "base/cancel_signal.h"
+#include "base/log.h"
+#include "base/standard_error.h"
 #include "engine/engine_loader.h"
 #include "engine/job_variables.h"
-#include "status/cancel_signal.h"
 #include "status/cartridges.h"
 #include "status/job_cancel.h"
 #include "status/status_reader.h"
@@ -33,8 +32,8 @@ struct Check {
   PrinterStatusRecord record = {};
 };
 
-void TellUser(Check& check, const char* line) {
-  fputs(line, stderr);
+void ReportError(Check& check, const char* line) {
+  TellCups("%s", line);
   check.told_user = true;
   check.in_error = true;
 }
@@ -45,9 +44,9 @@ void TakePrinterData(const PrinterStatusRecord& record) {
   job_variables.statusLetterReady = IsStatusLetterReady(record) ? 1 : 0;
 }
 
-void TellOfCartridge(Check& check, const char* log_line, const char* user_line) {
+void ReportCartridge(Check& check, const char* log_line, const char* user_line) {
   LogMessage(kLogMilestone, "%s", log_line);
-  TellUser(check, user_line);
+  ReportError(check, user_line);
   LogMessage(kLogDetail, "     Cartridge Error. Tell user.");
 }
 
@@ -61,10 +60,10 @@ void CheckCartridge(Check& check) {
       check.family = result.cartridge;
       break;
     case CartridgeCheck::kInvalid:
-      TellOfCartridge(check, "     Invalid Cart", ZR7700_RECOVERABLE ZR7700_TEXT_INVALID_CARTRIDGE);
+      ReportCartridge(check, "     Invalid Cart", ZR7700_RECOVERABLE ZR7700_TEXT_INVALID_CARTRIDGE);
       break;
     case CartridgeCheck::kMissing:
-      TellOfCartridge(check, "     Missing Cart", ZR7700_RECOVERABLE ZR7700_TEXT_MISSING_CARTRIDGE);
+      ReportCartridge(check, "     Missing Cart", ZR7700_RECOVERABLE ZR7700_TEXT_MISSING_CARTRIDGE);
       break;
   }
 }
@@ -74,7 +73,7 @@ void CheckAlignment(Check& check) {
   LogMessage(kLogDetail, "     Checking Alignment");
   if (AlignmentFlag(check.record) != 1) return;
   LogMessage(kLogMilestone, "     Cart needs align");
-  TellUser(check, ZR7700_RECOVERABLE ZR7700_TEXT_ALIGN);
+  ReportError(check, ZR7700_RECOVERABLE ZR7700_TEXT_ALIGN);
   LogMessage(kLogDetail, "     Alignment Needed. Tell user.");
 }
 
@@ -99,16 +98,16 @@ void CheckInk(Check& check) {
   LogMessage(kLogDetail, "          Percent %i", InkPercent(low, current));
   if (current <= high) return;
   LogMessage(kLogMilestone, "     Cart out of ink");
-  TellUser(check, ZR7700_UNRECOVERABLE ZR7700_TEXT_OUT_OF_INK);
+  ReportError(check, ZR7700_UNRECOVERABLE ZR7700_TEXT_OUT_OF_INK);
   LogMessage(kLogDetail, "     Final Ink Empty Error.");
 }
 
-void CheckPrinter(Check& check) {
+void RunChecks(Check& check) {
   check.got_status = true;
   TakePrinterData(check.record);
   CheckCartridge(check);
-  if (!JobCancelled()) CheckAlignment(check);
-  if (!JobCancelled()) CheckInk(check);
+  if (!TakeCancel()) CheckAlignment(check);
+  if (!TakeCancel()) CheckInk(check);
 }
 
 // The utility is told once a call, but asked again as long as it cannot be reached.
@@ -121,11 +120,11 @@ void TellUtility(Check& check) {
 // Withdraws every message of this check, whichever was shown.
 void ClearErrors() {
   LogMessage(kLogMilestone, "     clear all errors");
-  fputs(ZR7700_RECOVERED ZR7700_TEXT_NO_COMMUNICATION, stderr);
-  fputs(ZR7700_RECOVERED ZR7700_TEXT_ALIGN, stderr);
-  fputs(ZR7700_RECOVERED ZR7700_TEXT_OUT_OF_INK, stderr);
-  fputs(ZR7700_RECOVERED ZR7700_TEXT_INVALID_CARTRIDGE, stderr);
-  fputs(ZR7700_RECOVERED ZR7700_TEXT_MISSING_CARTRIDGE, stderr);
+  TellCups(ZR7700_RECOVERED ZR7700_TEXT_NO_COMMUNICATION);
+  TellCups(ZR7700_RECOVERED ZR7700_TEXT_ALIGN);
+  TellCups(ZR7700_RECOVERED ZR7700_TEXT_OUT_OF_INK);
+  TellCups(ZR7700_RECOVERED ZR7700_TEXT_INVALID_CARTRIDGE);
+  TellCups(ZR7700_RECOVERED ZR7700_TEXT_MISSING_CARTRIDGE);
 }
 
 bool LoadEngine(const PrinterStatusRecord& record) {
@@ -140,13 +139,14 @@ bool FinishCheck(const Check& check, int page) {
   if (check.told_user) ClearErrors();
   if (!check.got_status) {
     LogMessage(kLogMilestone, "     no comm");
-    fputs(ZR7700_RECOVERABLE ZR7700_TEXT_NO_COMMUNICATION, stderr);
+    TellCups(ZR7700_RECOVERABLE ZR7700_TEXT_NO_COMMUNICATION);
     return false;
   }
   return page != 0 || LoadEngine(check.record);
 }
 
-bool HasRetryLeft(Check& check) {
+// Counts a reading that failed; false, logged, when it was one too many.
+bool TakeRetry(Check& check) {
   if (check.retries-- > 0) return true;
   LogMessage(kLogMilestone, "     StartOfPageJobCheck get status retries failed");
   return false;
@@ -159,15 +159,15 @@ bool StartOfPageJobCheck(int page) {
   Check check = {.retries = page == 0 ? kFirstCheckRetries : kPageRetries};
   for (;; sleep(1)) {
     check.in_error = false;
-    if (JobCancelled()) {
+    if (TakeCancel()) {
       LogMessage(kLogMilestone, "     Job Cancelled");
       return false;
     }
     if (!GetPrinterStatus(check.record)) {
-      if (!HasRetryLeft(check)) return false;
+      if (!TakeRetry(check)) return false;
       continue;
     }
-    CheckPrinter(check);
+    RunChecks(check);
     if (!check.in_error) {
       LogMessage(kLogMilestone, "     #### NOT in Error Continue");
       return FinishCheck(check, page);

@@ -8,16 +8,16 @@
 
 #include <vector>
 
+#include "base/cancel_signal.h"
 #include "engine/engine_loader.h"
 #include "engine/job_variables.h"
-#include "status/cancel_signal.h"
 #include "status/test_notice.h"
 #include "status/test_printer.h"
-#include "status/test_process.h"
 #include "status/test_records.h"
 #include "status/test_sleep.h"
 #include "status/utility_notices.h"
 #include "tests/support/log_capture.h"
+#include "tests/support/own_process.h"
 #include "tests/support/stream_capture.h"
 
 namespace zr7700 {

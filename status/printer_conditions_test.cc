@@ -5,8 +5,8 @@
 #include <gtest/gtest.h>
 
 #include "status/test_printer.h"
-#include "status/test_process.h"
 #include "status/test_records.h"
+#include "tests/support/own_process.h"
 
 namespace zr7700 {
 namespace {

@@ -7,7 +7,7 @@
 #include <cmath>
 #include <optional>
 
-#include "driver/log.h"
+#include "base/log.h"
 #include "platform/platform.h"
 #include "status/job_cancel.h"
 #include "status/status_reader.h"
@@ -48,7 +48,7 @@ bool WaitForPrinterState(PrinterStatusRecord& record, char state, bool equal, in
       result = false;
       break;
     }
-    if (JobCancelled()) {
+    if (TakeCancel()) {
       LogMessage(kLogMilestone, "WaitForPrinterState Job Cancelled");
       return false;
     }

@@ -6,13 +6,13 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
-#include "status/cancel_signal.h"
+#include "base/cancel_signal.h"
 #include "status/test_clock.h"
 #include "status/test_printer.h"
-#include "status/test_process.h"
 #include "status/test_records.h"
 #include "status/test_sleep.h"
 #include "tests/support/log_capture.h"
+#include "tests/support/own_process.h"
 
 namespace zr7700 {
 namespace {

@@ -10,7 +10,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "driver/paths.h"
+#include "base/paths.h"
 
 namespace zr7700 {
 namespace {

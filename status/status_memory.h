@@ -1,6 +1,6 @@
 // The latest status record, published in shared memory for other processes to read.
 //
-// One object, named in driver/paths.h, readable by everybody. Create and close: main thread.
+// One object, named in base/paths.h, readable by everybody. Create and close: main thread.
 // Publish and read: whichever thread reads the printer's status.
 // SPDX-FileCopyrightText: The rastertoZR7700 authors
 // SPDX-License-Identifier: Apache-2.0

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "driver/log.h"
+#include "base/log.h"
 #include "platform/platform.h"
 #include "status/back_channel.h"
 #include "status/status_memory.h"
@@ -33,15 +33,18 @@ bool Drain(int count) {
   return true;
 }
 
-int StaleRecords() {
+// How many records the printer has sent since the last one was read.
+int RecordsSinceLastRead() {
   const double elapsed_s = std::min(platform::Now() - LastStatusTime, 1e6);
-  const int count = static_cast<int>(elapsed_s * kRecordsPerSecond);
+  return static_cast<int>(elapsed_s * kRecordsPerSecond);
+}
+
+void LogDrain(int count) {
   if (count > kMostDrained) {
     LogMessage(kLogMilestone, "!! ClearBackChannelBuffer times to read was %i.  SET TO 50", count);
-    return kMostDrained;
+  } else {
+    LogMessage(kLogChannel, "ClearBackChannelBuffer times to read: %i", count);
   }
-  LogMessage(kLogChannel, "ClearBackChannelBuffer times to read: %i", count);
-  return count;
 }
 
 // Throws away what stands before the next record in the stream, so that the next read meets it.
@@ -59,7 +62,9 @@ bool ClearBackChannelBuffer() {
   LogMessage(kLogMilestone, "ClearBackChannelBuffer called");
   bool result = true;
   if (LastStatusTime != 0.0) {
-    result = Drain(StaleRecords());
+    const int count = RecordsSinceLastRead();
+    LogDrain(count);
+    result = Drain(std::min(count, kMostDrained));
     LastStatusTime = platform::Now();
   }
   LogMessage(kLogChannel, "ClearBackChannelBuffer returning %d", result ? 1 : 0);

@@ -14,9 +14,9 @@
 #include "status/back_channel.h"
 #include "status/test_back_channel.h"
 #include "status/test_clock.h"
-#include "status/test_process.h"
 #include "status/test_records.h"
 #include "tests/support/log_capture.h"
+#include "tests/support/own_process.h"
 
 namespace zr7700 {
 namespace {

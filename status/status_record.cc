@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "driver/bytes.h"
+#include "base/bytes.h"
 #include "engine/engine_loader.h"
 
 namespace zr7700 {

@@ -8,8 +8,8 @@
 #include <atomic>
 #include <cstdint>
 
-#include "driver/log.h"
-#include "status/cancel_signal.h"
+#include "base/cancel_signal.h"
+#include "base/log.h"
 #include "status/condition_reports.h"
 #include "status/printer_conditions.h"
 #include "status/utility_notices.h"
@@ -28,10 +28,10 @@ bool SuppressUtilityNotice = false;
 uint32_t LastErrorWord = 0;
 
 // Main thread only.
-pthread_t thread;
-bool thread_exists = false;
+pthread_t status_thread;
+bool status_thread_exists = false;
 
-void CheckPrinter() {
+void WatchPrinterOnce() {
   const PrinterConditions conditions = ReadConditions();
   const uint32_t word = conditions.error_word;
   if (conditions.any && !SuppressUtilityNotice && word != LastErrorWord) NotifyPrinterError(false);
@@ -43,7 +43,7 @@ void CheckPrinter() {
 void* ReadStatusThread(void*) {
   LogMessage(kLogDetail, "Start ReadStatusThread");
   for (unsigned tick = 0; !StatusThreadStop.load(); ++tick) {
-    if (tick % kTicksPerRead == 0) CheckPrinter();
+    if (tick % kTicksPerRead == 0) WatchPrinterOnce();
     usleep(kTick_us);
   }
   LogMessage(kLogDetail, "Exit ReadStatusThread");
@@ -57,15 +57,15 @@ bool StartStatusThread(bool suppress_utility) {
   StatusThreadStop = false;
   LastErrorWord = 0;
   const CancelBlock block;
-  thread_exists = pthread_create(&thread, nullptr, ReadStatusThread, nullptr) == 0;
-  return thread_exists;
+  status_thread_exists = pthread_create(&status_thread, nullptr, ReadStatusThread, nullptr) == 0;
+  return status_thread_exists;
 }
 
 void StopStatusThread() {
-  if (!thread_exists) return;
+  if (!status_thread_exists) return;
   StatusThreadStop = true;
-  pthread_join(thread, nullptr);
-  thread_exists = false;
+  pthread_join(status_thread, nullptr);
+  status_thread_exists = false;
 }
 
 void ReportStatusUntilClear(int reads) {

@@ -16,11 +16,11 @@
 #include "status/printer_conditions.h"
 #include "status/test_notice.h"
 #include "status/test_printer.h"
-#include "status/test_process.h"
 #include "status/test_records.h"
 #include "status/test_sleep.h"
 #include "status/utility_notices.h"
 #include "tests/support/log_capture.h"
+#include "tests/support/own_process.h"
 #include "tests/support/stream_capture.h"
 
 namespace zr7700 {

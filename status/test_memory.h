@@ -14,7 +14,7 @@
 #include <optional>
 #include <string>
 
-#include "driver/paths.h"
+#include "base/paths.h"
 
 namespace zr7700::test {
 

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <string>
 
-#include "status/cancel_signal.h"
+#include "base/cancel_signal.h"
 
 namespace zr7700 {
 namespace {

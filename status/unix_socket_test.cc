@@ -14,9 +14,9 @@
 #include <string>
 #include <thread>
 
-#include "status/cancel_signal.h"
-#include "status/test_process.h"
+#include "base/cancel_signal.h"
 #include "status/test_socket.h"
+#include "tests/support/own_process.h"
 
 namespace zr7700 {
 namespace {

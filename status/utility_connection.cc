@@ -13,8 +13,8 @@
 #include <cerrno>
 #include <cstring>
 
-#include "driver/log.h"
-#include "status/cancel_signal.h"
+#include "base/cancel_signal.h"
+#include "base/log.h"
 #include "status/unix_socket.h"
 
 namespace zr7700 {

@@ -18,10 +18,10 @@
 #include <string>
 #include <thread>
 
-#include "status/cancel_signal.h"
-#include "status/test_process.h"
+#include "base/cancel_signal.h"
 #include "status/test_socket.h"
 #include "tests/support/log_capture.h"
+#include "tests/support/own_process.h"
 #include "tests/support/temporary_folder.h"
 
 namespace zr7700 {

@@ -6,7 +6,7 @@
 
 #include <cstring>
 
-#include "driver/paths.h"
+#include "base/paths.h"
 #include "status/device_relay.h"
 #include "status/unix_socket.h"
 #include "status/utility_connection.h"
@@ -39,7 +39,8 @@ bool SignalUtility() {
   return true;
 }
 
-int AnswerTo(const Notice& notice, int connection) {
+// Sends the notice's text and waits for what the person chose.
+int ExchangeNotice(const Notice& notice, int connection) {
   const ssize_t sent = SendText(connection, notice.text);
   if (notice.must_be_sent ? sent <= 0 : sent == 0) return kNoticeNoReply;
   char reply[kReplyBytes + 1] = {};
@@ -55,7 +56,7 @@ int SendNotice(const Notice& notice) {
   if (!SignalUtility()) return kNoticeNotReachable;
   const int connection = AcceptReply(paths::kReplySocket);
   if (connection < 0) return kNoticeNoReply;
-  const int result = AnswerTo(notice, connection);
+  const int result = ExchangeNotice(notice, connection);
   close(connection);
   return result;
 }

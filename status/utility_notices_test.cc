@@ -20,10 +20,10 @@
 #include <vector>
 
 #include "status/test_back_channel.h"
-#include "status/test_process.h"
 #include "status/test_socket.h"
 #include "status/utility_connection.h"
 #include "tests/support/log_capture.h"
+#include "tests/support/own_process.h"
 #include "tests/support/temporary_folder.h"
 
 namespace zr7700 {

@@ -8,31 +8,21 @@
 #include "platform/foundation/autorelease.h"
 #include "platform/foundation/serialization.h"
 #include "platform/platform.h"
-#include "platform/property_file.h"
-#include "platform/property_shape.h"
+#include "platform/property_guard.h"
 
 namespace zr7700::platform {
 namespace {
 
-// The list with mutable containers; nil when the file holds none.
-id ReadList(const char* path) {
-  std::string bytes;
-  if (!ReadPropertyFile(path, bytes) || !SettlePropertyList(bytes)) return nil;
-  return zr7700_ParsePropertyList([NSData dataWithBytes:bytes.data() length:bytes.size()]);
-}
+// The root is kept as a pointer with a count of its own.
+void* Keep(id object) { return [object retain]; }
+id Kept(void* root) { return static_cast<id>(root); }
 
 bool IsDictionary(id list) { return [list isKindOfClass:[NSDictionary class]]; }
 
-// The object under `key`; nil and the reason in `outcome` when there is none.
-id FindKey(const char* path, const char* key, Lookup& outcome) {
-  outcome = Lookup::kNoList;
-  const id list = ReadList(path);
-  if (list == nil) return nil;
-  outcome = Lookup::kNoKey;
+// nil when there is none.
+id Find(void* root, const char* key) {
   NSString* name = [NSString stringWithUTF8String:key];
-  const id found = IsDictionary(list) && name != nil ? [list objectForKey:name] : nil;
-  if (found != nil) outcome = Lookup::kOtherType;
-  return found;
+  return IsDictionary(Kept(root)) && name != nil ? [Kept(root) objectForKey:name] : nil;
 }
 
 // A boolean is a number too, but one of two objects that are always the same.
@@ -54,38 +44,64 @@ bool NumberOf(id object, int32_t& value) {
   return true;
 }
 
-}  // namespace
-
-Lookup ReadPropertyNumber(const char* path, const char* key, int32_t& value) {
+// Null when the bytes are no list.
+void* ParsedRoot(const std::string& bytes) {
   return WithPool([&] {
-    Lookup outcome{};
-    if (NumberOf(FindKey(path, key, outcome), value)) outcome = Lookup::kFound;
-    return outcome;
+    NSData* data = [NSData dataWithBytes:bytes.data() length:bytes.size()];
+    return Keep(zr7700_ParsePropertyList(data));
   });
 }
 
-Lookup ReadPropertyString(const char* path, const char* key, std::string& utf8) {
+}  // namespace
+
+std::optional<PropertyList> PropertyList::Parse(std::string_view bytes) {
+  const std::optional<std::string> list = GuardedPropertyList(bytes);
+  void* const root = list ? ParsedRoot(*list) : nullptr;
+  if (root == nullptr) return std::nullopt;
+  return PropertyList(root);
+}
+
+void PropertyList::Release::operator()(void* root) const {
+  WithPool([root] { [Kept(root) release]; });
+}
+
+Lookup PropertyList::Number(const char* key, int32_t& value) const {
   return WithPool([&] {
-    Lookup outcome{};
-    const id found = FindKey(path, key, outcome);
-    if (![found isKindOfClass:[NSString class]]) return outcome;
+    const id found = Find(root_.get(), key);
+    if (found == nil) return Lookup::kNoKey;
+    return NumberOf(found, value) ? Lookup::kFound : Lookup::kOtherType;
+  });
+}
+
+Lookup PropertyList::String(const char* key, std::string& utf8) const {
+  return WithPool([&] {
+    const id found = Find(root_.get(), key);
+    if (found == nil) return Lookup::kNoKey;
+    if (![found isKindOfClass:[NSString class]]) return Lookup::kOtherType;
     const char* text = [found UTF8String];
-    if (text == nullptr) return outcome;
+    if (text == nullptr) return Lookup::kOtherType;
     utf8 = text;
     return Lookup::kFound;
   });
 }
 
-bool WritePropertyNumber(const char* path, const char* key, int32_t value) {
+bool PropertyList::SetNumber(const char* key, int32_t value) {
   return WithPool([&] {
-    const id list = ReadList(path);
     NSString* name = [NSString stringWithUTF8String:key];
-    if (name == nil || !IsDictionary(list)) return false;
-    [list setObject:[NSNumber numberWithInt:value] forKey:name];
-    NSData* xml = zr7700_XmlOfPropertyList(list);
-    if (xml == nil) return true;
-    ReplacePropertyFile(path, std::string(static_cast<const char*>([xml bytes]), [xml length]));
+    if (name == nil || !IsDictionary(Kept(root_.get()))) return false;
+    // Of a binary list the root may come immutable, whatever was asked for.
+    const id changed = [Kept(root_.get()) mutableCopy];
+    [changed setObject:[NSNumber numberWithInt:value] forKey:name];
+    root_.reset(changed);
     return true;
+  });
+}
+
+std::string PropertyList::Xml() const {
+  return WithPool([&] {
+    NSData* xml = zr7700_XmlOfPropertyList(Kept(root_.get()));
+    return xml != nil ? std::string(static_cast<const char*>([xml bytes]), [xml length])
+                      : std::string();
   });
 }
 

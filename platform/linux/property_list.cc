@@ -6,44 +6,12 @@
 #include <cmath>
 #include <cstdlib>
 #include <limits>
-#include <memory>
 
 #include "platform/platform.h"
-#include "platform/property_file.h"
-#include "platform/property_shape.h"
+#include "platform/property_guard.h"
 
 namespace zr7700::platform {
 namespace {
-
-struct FreeList {
-  void operator()(void* list) const { plist_free(list); }
-};
-using List = std::unique_ptr<void, FreeList>;
-
-struct FreeText {
-  void operator()(char* text) const { free(text); }
-};
-using Text = std::unique_ptr<char, FreeText>;
-
-List ReadList(const char* path) {
-  std::string bytes;
-  if (!ReadPropertyFile(path, bytes) || !SettlePropertyList(bytes)) return nullptr;
-  plist_t list = nullptr;
-  plist_from_memory(bytes.data(), static_cast<uint32_t>(bytes.size()), &list);
-  return List(list);
-}
-
-bool IsDictionary(const List& list) { return plist_get_node_type(list.get()) == PLIST_DICT; }
-
-// The node under `key`, which the list keeps; null and the reason in `outcome` when there is none.
-plist_t FindKey(const List& list, const char* key, Lookup& outcome) {
-  outcome = Lookup::kNoList;
-  if (list == nullptr) return nullptr;
-  outcome = Lookup::kNoKey;
-  plist_t node = IsDictionary(list) ? plist_dict_get_item(list.get(), key) : nullptr;
-  if (node != nullptr) outcome = Lookup::kOtherType;
-  return node;
-}
 
 bool NumberOf(plist_t node, int32_t& value) {
   const plist_type type = plist_get_node_type(node);
@@ -62,40 +30,56 @@ bool NumberOf(plist_t node, int32_t& value) {
   return true;
 }
 
-}  // namespace
+bool IsDictionary(plist_t root) { return plist_get_node_type(root) == PLIST_DICT; }
 
-Lookup ReadPropertyNumber(const char* path, const char* key, int32_t& value) {
-  const List list = ReadList(path);
-  Lookup outcome{};
-  plist_t node = FindKey(list, key, outcome);
-  if (node != nullptr && NumberOf(node, value)) outcome = Lookup::kFound;
-  return outcome;
+// The node under `key`, which the list keeps; null when there is none.
+plist_t Find(plist_t root, const char* key) {
+  return IsDictionary(root) ? plist_dict_get_item(root, key) : nullptr;
 }
 
-Lookup ReadPropertyString(const char* path, const char* key, std::string& utf8) {
-  const List list = ReadList(path);
-  Lookup outcome{};
-  plist_t node = FindKey(list, key, outcome);
-  if (node == nullptr || plist_get_node_type(node) != PLIST_STRING) return outcome;
-  char* text = nullptr;
-  plist_get_string_val(node, &text);
-  if (text == nullptr) return outcome;
-  const Text owned(text);
+}  // namespace
+
+std::optional<PropertyList> PropertyList::Parse(std::string_view bytes) {
+  const std::optional<std::string> list = GuardedPropertyList(bytes);
+  if (!list) return std::nullopt;
+  plist_t root = nullptr;
+  plist_from_memory(list->data(), static_cast<uint32_t>(list->size()), &root);
+  if (root == nullptr) return std::nullopt;
+  return PropertyList(root);
+}
+
+void PropertyList::Release::operator()(void* root) const { plist_free(root); }
+
+Lookup PropertyList::Number(const char* key, int32_t& value) const {
+  plist_t node = Find(root_.get(), key);
+  if (node == nullptr) return Lookup::kNoKey;
+  return NumberOf(node, value) ? Lookup::kFound : Lookup::kOtherType;
+}
+
+// Not by plist_get_string_val, which ends the process at a text with a NUL in it.
+Lookup PropertyList::String(const char* key, std::string& utf8) const {
+  plist_t node = Find(root_.get(), key);
+  if (node == nullptr) return Lookup::kNoKey;
+  const char* const text = plist_get_string_ptr(node, nullptr);
+  if (text == nullptr) return Lookup::kOtherType;
   utf8 = text;
   return Lookup::kFound;
 }
 
-bool WritePropertyNumber(const char* path, const char* key, int32_t value) {
-  const List list = ReadList(path);
-  if (list == nullptr || !IsDictionary(list)) return false;
+bool PropertyList::SetNumber(const char* key, int32_t value) {
+  if (!IsDictionary(root_.get())) return false;
   // Integers are kept as 64 bits in two's complement; the list takes the new node over.
-  plist_dict_set_item(list.get(), key, plist_new_uint(static_cast<uint64_t>(int64_t{value})));
+  plist_dict_set_item(root_.get(), key, plist_new_uint(static_cast<uint64_t>(int64_t{value})));
+  return true;
+}
+
+std::string PropertyList::Xml() const {
   char* xml = nullptr;
   uint32_t xml_bytes = 0;
-  plist_to_xml(list.get(), &xml, &xml_bytes);
-  const Text owned(xml);
-  if (xml != nullptr) ReplacePropertyFile(path, std::string(xml, xml_bytes));
-  return true;
+  plist_to_xml(root_.get(), &xml, &xml_bytes);
+  const std::string text = xml != nullptr ? std::string(xml, xml_bytes) : std::string();
+  free(xml);
+  return text;
 }
 
 }  // namespace zr7700::platform

@@ -13,8 +13,8 @@
 #include <string>
 #include <vector>
 
-#include "engine/host_print_engine.h"
 #include "reference_engine/testing/test_printer.h"
+#include "zr7700/host_print_engine.h"
 
 namespace zr7700::reference_engine::testing {
 

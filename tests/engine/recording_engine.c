@@ -16,9 +16,9 @@
 #include <stdio.h>
 #include <unistd.h>
 
-#include "engine/host_print_engine.h"
 #include "script.h"
 #include "trace.h"
+#include "zr7700/host_print_engine.h"
 
 #define EXPORTED __attribute__((visibility("default")))
 

@@ -88,3 +88,26 @@ def test_odd_characters_under_other_keys_do_not_hide_the_settings(text):
     assert plistlib.loads(raw.encode())["FeedAdjust"] == -1800
     result = Job(settings=raw.encode()).run()
     assert "   Feed Adjust: -1800" in result.log
+
+
+@pytest.mark.parametrize("raw", [
+    b"<plist><dict><?ours?><key>FeedAdjust</key><integer>-1800</integer></dict></plist>",
+    b"<?xml version='1.0' encoding='ISO-8859-1'?><plist><dict><key>Note</key><string>\xfc</string>"
+    b"<key>FeedAdjust</key><integer>-1800</integer></dict></plist>",
+    b"<!DOCTYPE plist [<!ENTITY note 'ours'>]><plist><dict><key>FeedAdjust</key>"
+    b"<integer>-1800</integer></dict></plist>",
+    b"<plist><dict><key>Note</key><string>&#x00000020AC;</string><key>FeedAdjust</key>"
+    b"<integer>-1800</integer></dict></plist>",
+    b"<plist><dict><key>Note</key><integer>99999999999999999999999</integer><key>FeedAdjust</key>"
+    b"<integer>-1800</integer></dict></plist>",
+    b"<plist><dict><key/><true/><key>FeedAdjust</key><integer>-1800</integer></dict></plist>",
+    b"<plist><dict><key>Note</key><string>" + 400_000 * b"x" + b"</string><key>FeedAdjust</key>"
+    b"<integer>-1800</integer></dict></plist>"],
+    ids=["instruction", "encoding", "subset", "reference", "integer", "empty key", "long"])
+def test_every_well_formed_list_is_read(raw):
+    assert "   Feed Adjust: -1800" in Job(settings=raw).run().log
+
+
+def test_a_list_that_no_parser_survives_leaves_every_default():
+    raw = b"<plist>" + 200_000 * b"<array>" + 200_000 * b"</array>" + b"</plist>"
+    compare.run(Job(settings=raw))

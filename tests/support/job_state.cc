@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/support/job_state.h"
 
-#include "driver/settings.h"
+#include "base/settings.h"
 #include "engine/clip_buffers.h"
 #include "engine/engine_entries.h"
 #include "engine/job_variables.h"
@@ -13,7 +13,6 @@ void ResetJobState() {
   if (job_variables.clipDataBufs != nullptr) ClipDataBufsDelete(job_variables);
   job_variables = JobVariables{};
   engineHandle = nullptr;
-  engineFlags = 0;
   engine_entries = EngineEntryTable{};
   settings = Settings{};
 }

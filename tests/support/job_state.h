@@ -6,7 +6,7 @@
 
 namespace zr7700::test {
 
-// Empties the job variables (a clip table is given back first), the engine handle, flags and entry
+// Empties the job variables (a clip table is given back first), the engine handle and the entry
 // table, and puts every setting to its built-in default. May write a line to the log.
 void ResetJobState();
 

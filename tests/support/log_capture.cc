@@ -5,7 +5,7 @@
 #include <cctype>
 #include <string_view>
 
-#include "driver/log.h"
+#include "base/log.h"
 
 namespace zr7700::test {
 namespace {

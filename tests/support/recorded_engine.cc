@@ -62,8 +62,9 @@ struct Recorder<kEntry, CreateHostPrintEngineEntry> {
 
 template <int kEntry, typename Entry>
 void Fill(Entry& slot, const char* name) {
-  Recorder<kEntry, Entry>::name = name;
-  slot = &Recorder<kEntry, Entry>::Call;
+  using EntryRecorder = Recorder<kEntry, typename Entry::Pointer>;
+  EntryRecorder::name = name;
+  slot.Set(&EntryRecorder::Call);
 }
 
 }  // namespace

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/host_print_engine.h"
+#include "zr7700/host_print_engine.h"
 
 namespace zr7700::test {
 

@@ -1,0 +1,97 @@
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
+#include "base/regular_file.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "tests/support/temporary_folder.h"
+
+namespace zr7700 {
+namespace {
+
+class RegularFileTest : public testing::Test {
+ protected:
+  FileReading Read(const std::string& path, size_t limit_bytes = 1 << 20,
+                   Links links = Links::kRefused) {
+    bytes_ = "what was there before";
+    return ReadRegularFile(path.c_str(), links, limit_bytes, bytes_);
+  }
+
+  const test::TemporaryFolder folder_;
+  std::string bytes_;
+};
+
+TEST_F(RegularFileTest, ReadsUpToTheLimit) {
+  const std::string text = std::string(50'000, 'a') + std::string("\0b", 2);
+  const std::string path = folder_.WriteFile("file", text);
+  EXPECT_EQ(Read(path), FileReading::kRead);
+  EXPECT_EQ(bytes_, text);
+  EXPECT_EQ(Read(path, 50'002), FileReading::kRead);
+  EXPECT_EQ(bytes_, text);
+  EXPECT_EQ(Read(path, 50'001), FileReading::kTooLong);
+  EXPECT_EQ(bytes_, text.substr(0, 50'001));
+  EXPECT_EQ(Read(path, 0), FileReading::kTooLong);
+  EXPECT_EQ(bytes_, "");
+}
+
+TEST_F(RegularFileTest, AnEmptyFileIsRead) {
+  EXPECT_EQ(Read(folder_.WriteFile("empty", ""), 0), FileReading::kRead);
+  EXPECT_EQ(bytes_, "");
+}
+
+TEST_F(RegularFileTest, TellsAMissingFile) {
+  EXPECT_EQ(Read("/no/such"), FileReading::kMissing);
+  EXPECT_EQ(Read(folder_.WriteFile("file", "x") + "/in"), FileReading::kMissing);
+  EXPECT_EQ(bytes_, "");
+  EXPECT_EQ(ReadRegularFile(nullptr, Links::kRefused, 10, bytes_), FileReading::kMissing);
+  EXPECT_FALSE(WriteRegularFile(nullptr, "x"));
+  EXPECT_FALSE(WriteRegularFile("/no/such", "x"));
+}
+
+TEST_F(RegularFileTest, WhatIsNoFileIsRefused) {
+  const std::string fifo = folder_.PathOf("fifo");
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  for (const std::string& path : {folder_.path().string(), fifo, std::string("/dev/zero")}) {
+    for (const Links links : {Links::kFollowed, Links::kRefused}) {
+      EXPECT_EQ(Read(path, 10, links), FileReading::kRefused) << path;
+      EXPECT_EQ(errno, EINVAL) << path;
+      EXPECT_EQ(bytes_, "") << path;
+    }
+    EXPECT_FALSE(WriteRegularFile(path.c_str(), "x")) << path;
+  }
+}
+
+TEST_F(RegularFileTest, ALinkIsReadWhereItIsFollowedAndNeverWritten) {
+  const std::string target = folder_.WriteFile("target", "precious");
+  const std::string link = folder_.PathOf("link");
+  ASSERT_EQ(symlink(target.c_str(), link.c_str()), 0);
+  EXPECT_EQ(Read(link, 10, Links::kRefused), FileReading::kRefused);
+  EXPECT_EQ(Read(link, 10, Links::kFollowed), FileReading::kRead);
+  EXPECT_EQ(bytes_, "precious");
+  EXPECT_FALSE(WriteRegularFile(link.c_str(), "x"));
+  EXPECT_EQ(test::ReadFile(target), "precious");
+}
+
+// The beginning of a process's memory is never mapped, so that reading it is an error.
+TEST_F(RegularFileTest, TellsAFailedReading) {
+  EXPECT_EQ(Read("/proc/self/mem"), FileReading::kFailed);
+  EXPECT_EQ(errno, EIO);
+  EXPECT_EQ(bytes_, "");
+}
+
+TEST_F(RegularFileTest, WritingCreatesAndReplaces) {
+  const std::string path = folder_.PathOf("file");
+  EXPECT_TRUE(WriteRegularFile(path.c_str(), "a long text"));
+  EXPECT_EQ(test::ReadFile(path), "a long text");
+  EXPECT_TRUE(WriteRegularFile(path.c_str(), "short"));
+  EXPECT_EQ(test::ReadFile(path), "short");
+  EXPECT_TRUE(WriteRegularFile(path.c_str(), ""));
+  EXPECT_EQ(test::ReadFile(path), "");
+}
+
+}  // namespace
+}  // namespace zr7700
