@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "disc/canvas.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 
@@ -16,5 +17,10 @@ std::optional<Canvas> Canvas::Create(uint32_t width_dots, uint32_t height_dots) 
 }
 
 void Canvas::Clear() { std::memset(dots_.get(), 0xFF, LineBytes() * height_); }
+
+bool Canvas::IsWhite() const {
+  const std::span<const uint8_t> dots(dots_.get(), LineBytes() * height_);
+  return std::all_of(dots.begin(), dots.end(), [](uint8_t byte) { return byte == 0xFF; });
+}
 
 }  // namespace zr7700

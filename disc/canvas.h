@@ -40,6 +40,8 @@ class Canvas {
   // White again.
   void Clear();
 
+  bool IsWhite() const;
+
  private:
   Canvas(uint32_t width_dots, uint32_t height_dots, uint8_t* dots)
       : width_(width_dots), height_(height_dots), dots_(dots) {}

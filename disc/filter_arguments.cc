@@ -71,14 +71,24 @@ int AnswerOrRun(int argc, char** argv, const char* program, const char* about,
   return 1;
 }
 
+// A standard descriptor that is not open would become that of the next file: what is read from it
+// or written to it fails instead.
+void HoldStandardDescriptors() {
+  constexpr int kModes[] = {O_WRONLY, O_RDONLY, O_RDWR};
+  for (int number = 0; number <= 2; ++number) {
+    if (fcntl(number, F_GETFD) < 0) open("/dev/null", kModes[number]);
+  }
+}
+
 }  // namespace
 
 int RunFilter(int argc, char** argv, const char* program, const char* about,
               int (*job)(const FilterArguments& arguments)) {
+  HoldStandardDescriptors();
   try {
     return AnswerOrRun(argc, argv, program, about, job);
   } catch (const std::exception&) {
-    // Of the standard library's exceptions those of a lack of memory are the ones that are left.
+    // Nothing of ours throws; what the standard library throws here is a lack of memory.
     TellError("There is no memory for the page; print again when less is going on.");
     return 1;
   }

@@ -17,16 +17,17 @@ Scaler::Scaler(uint32_t source_width, uint32_t source_height, const Place& place
     : across_(source_width, place.left, place.width, canvas.width()),
       down_(source_height, place.top, place.height, canvas.height()),
       canvas_(canvas),
-      rows_(down_.MostTaps(), Row(across_.count() * kChannels)),
-      sum_(across_.count() * kChannels) {}
+      row_(across_.count() * kChannels),
+      sums_(down_.MostAtOnce(), row_) {}
 
 void Scaler::AddLine(std::span<const uint8_t> line) {
   if (lines_drawn_ == down_.count() || across_.count() == 0) return;
   if (across_.IsCopy() && down_.IsCopy()) {
     CopyLine(line);
   } else if (lines_added_ >= down_.First(lines_drawn_)) {
-    ScaleAcross(line, RowOf(lines_added_));
-    DrawFinishedLines();
+    ScaleAcross(line, row_);
+    AddToSums(lines_added_, row_);
+    DrawFinishedLines(lines_added_);
   }
   ++lines_added_;
 }
@@ -59,22 +60,21 @@ void Scaler::ScaleAcross(std::span<const uint8_t> line, Row& row) const {
   }
 }
 
-void Scaler::DrawFinishedLines() {
-  while (lines_drawn_ < down_.count() && down_.Last(lines_drawn_) <= lines_added_) {
-    DrawLine(lines_drawn_++);
+void Scaler::AddToSums(uint32_t source_line, const Row& row) {
+  for (uint32_t i = lines_drawn_; i < down_.count() && down_.First(i) <= source_line; ++i) {
+    const float weight = down_.Weights(i)[source_line - down_.First(i)];
+    Row& sum = SumOf(i);
+    for (size_t k = 0; k < sum.size(); ++k) sum[k] += weight * row[k];
   }
 }
 
-void Scaler::DrawLine(uint32_t i) {
-  std::fill(sum_.begin(), sum_.end(), 0.0F);
-  uint32_t source_line = down_.First(i);
-  for (const float weight : down_.Weights(i)) {
-    const Row& row = RowOf(source_line++);
-    for (size_t k = 0; k < sum_.size(); ++k) sum_[k] += weight * row[k];
+void Scaler::DrawFinishedLines(uint32_t source_line) {
+  for (; lines_drawn_ < down_.count() && down_.Last(lines_drawn_) <= source_line; ++lines_drawn_) {
+    Row& sum = SumOf(lines_drawn_);
+    const std::span<uint8_t> out = canvas_.Line(down_.first_on_page() + lines_drawn_);
+    std::transform(sum.begin(), sum.end(), out.begin() + across_.first_on_page() * kChannels, Byte);
+    std::fill(sum.begin(), sum.end(), 0.0F);
   }
-  const std::span<uint8_t> out = canvas_.Line(down_.first_on_page() + i);
-  std::transform(sum_.begin(), sum_.end(),
-                 out.subspan(size_t{across_.first_on_page()} * kChannels).begin(), Byte);
 }
 
 }  // namespace zr7700

@@ -32,17 +32,17 @@ class Scaler {
 
   void CopyLine(std::span<const uint8_t> line);
   void ScaleAcross(std::span<const uint8_t> line, Row& row) const;
-  void DrawFinishedLines();
-  void DrawLine(uint32_t i);
-  Row& RowOf(uint32_t source_line) { return rows_[source_line % rows_.size()]; }
+  void AddToSums(uint32_t source_line, const Row& row);
+  void DrawFinishedLines(uint32_t source_line);
+  Row& SumOf(uint32_t i) { return sums_[i % sums_.size()]; }
 
   ScalingAxis across_;
   ScalingAxis down_;
   Canvas& canvas_;
   uint32_t lines_added_ = 0;
   uint32_t lines_drawn_ = 0;
-  std::vector<Row> rows_;  // the newest source lines, scaled across
-  Row sum_;
+  Row row_;                // the newest source line, scaled across
+  std::vector<Row> sums_;  // of the target lines that it is a part of
 };
 
 }  // namespace zr7700

@@ -35,9 +35,13 @@ ScalingAxis::ScalingAxis(uint32_t source, int64_t start, int64_t length, uint32_
   }
 }
 
-uint32_t ScalingAxis::MostTaps() const {
+uint32_t ScalingAxis::MostAtOnce() const {
   uint32_t most = 1;
-  for (const Taps& taps : taps_) most = std::max(most, taps.count);
+  uint32_t first = 0;  // of those that the source dot before comes into as well
+  for (uint32_t i = 0; i < count(); ++i) {
+    while (Last(first) < First(i)) ++first;
+    most = std::max(most, i - first + 1);
+  }
   return most;
 }
 

@@ -31,8 +31,8 @@ class ScalingAxis {
     return std::span(weights_).subspan(taps_[i].weights, taps_[i].count);
   }
 
-  // The most source dots that any dot comes from.
-  uint32_t MostTaps() const;
+  // The most dots that come from one source dot.
+  uint32_t MostAtOnce() const;
 
  private:
   struct Taps {

@@ -89,10 +89,20 @@ TEST(ScalingAxis, WeightsAreAWholeAndStayInTheSource) {
         const auto weights = axis.Weights(i);
         EXPECT_NEAR(std::accumulate(weights.begin(), weights.end(), 0.0), 1, 1e-4);
         ASSERT_LT(axis.Last(i), source);
-        ASSERT_LE(axis.Last(i) - axis.First(i) + 1, axis.MostTaps());
       }
     }
   }
+}
+
+TEST(ScalingAxis, CountsHowManyDotsComeFromOne) {
+  EXPECT_EQ(ScalingAxis(9, 0, 9, 9).MostAtOnce(), 1U);
+  // 2.5 dots each: the third belongs to both.
+  EXPECT_EQ(ScalingAxis(5, 0, 2, 2).MostAtOnce(), 2U);
+  EXPECT_EQ(ScalingAxis(100000, 0, 3, 3).MostAtOnce(), 2U);
+  // From one dot all come.
+  EXPECT_EQ(ScalingAxis(1, 0, 70, 70).MostAtOnce(), 70U);
+  // Three times the size: a dot's cubic reaches two dots to either side, 12 target dots.
+  EXPECT_EQ(ScalingAxis(100, 0, 300, 300).MostAtOnce(), 12U);
 }
 
 }  // namespace

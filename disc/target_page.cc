@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 
 #include "disc/ring.h"
@@ -18,10 +19,21 @@ constexpr double kPointsPerInch = 72;
 
 using Ppd = std::unique_ptr<ppd_file_t, decltype(&ppdClose)>;
 
-// The number that the marked choice's keyword begins with; 0 without either.
-int32_t MarkedNumber(ppd_file_t* ppd, const char* option) {
+// A length among the PPD's choices: the number that the keyword begins with, which is all that the
+// filter reads, and the length that its name promises: keywords for 300 dpi end in "Draft" and hold
+// half of it.
+struct Length {
+  int32_t number = 0;
+  int32_t tenths_mm = 0;
+};
+
+Length MarkedLength(ppd_file_t* ppd, const char* option) {
   const ppd_choice_t* const choice = ppdFindMarkedChoice(ppd, option);
-  return choice == nullptr ? 0 : static_cast<int32_t>(strtol(choice->choice, nullptr, 10));
+  if (choice == nullptr) return {};
+  char* rest = nullptr;
+  const auto number = static_cast<int32_t>(strtol(choice->choice, &rest, 10));
+  return {.number = number,
+          .tenths_mm = std::strcmp(rest, "Draft") == 0 ? 2 * std::min(number, 10000) : number};
 }
 
 bool IsGrey(const cups_page_header2_t& header) {
@@ -43,12 +55,25 @@ bool IsPage(const cups_page_header2_t& header) {
          header.cupsHeight <= kMostDots && header.HWResolution[0] > 0 && header.HWResolution[1] > 0;
 }
 
-// The filter measures both in dots at 600 dpi, whatever the page's resolution is.
+uint32_t AtLeastNone(int32_t dots) { return static_cast<uint32_t>(std::max(0, dots)); }
+
+// The filter counts 600 dots to the inch, whatever the page's resolution is.
 bool ReadRing(ppd_file_t* ppd, TargetPage& page) {
+  constexpr uint32_t kFilters_dpi = 600;
+  const uint32_t dpi = page.header.HWResolution[0];
+  const Length margin = MarkedLength(ppd, "OuterMargin");
+  const Length hole = MarkedLength(ppd, "InnerDiameter");
+  const uint32_t filters_margin = AtLeastNone(MarginDots(margin.number));
+  const uint32_t filters_hole = HoleRadiusDots(static_cast<uint32_t>(hole.number));
+  const uint32_t named_margin = AtLeastNone(MarginDots(margin.tenths_mm)) * dpi / kFilters_dpi;
+  const uint32_t named_hole =
+      HoleRadiusDots(static_cast<uint32_t>(hole.tenths_mm)) * dpi / kFilters_dpi;
+  page.margin_dots = std::max(filters_margin, named_margin);
+  page.hole_radius_dots = std::max(filters_hole, named_hole);
+  page.ring_is_for_other_resolution =
+      filters_hole > named_hole + 1 || filters_margin > named_margin + 1 ||
+      named_hole > filters_hole + 1 || named_margin > filters_margin + 1;
   const uint32_t smaller = std::min(page.header.cupsWidth, page.header.cupsHeight);
-  page.margin_dots =
-      static_cast<uint32_t>(std::max(0, MarginDots(MarkedNumber(ppd, "OuterMargin"))));
-  page.hole_radius_dots = HoleRadiusDots(static_cast<uint32_t>(MarkedNumber(ppd, "InnerDiameter")));
   return uint64_t{2} * page.margin_dots + uint64_t{2} * page.hole_radius_dots <= smaller;
 }
 

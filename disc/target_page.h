@@ -19,8 +19,12 @@ struct TargetPage {
   // production filter prints. cupsWidth x cupsHeight dots at HWResolution.
   cups_page_header2_t header;
   bool grey = false;         // the job asks for greys only
-  uint32_t margin_dots = 0;  // white at every edge
+  // What stays white: as wide as the choices' names say, or as the filter makes it when that is more.
+  uint32_t margin_dots = 0;  // at every edge
   uint32_t hole_radius_dots = 0;
+  // The filter takes the numbers of hole and margin as they are, and those for one resolution come
+  // out half or twice as wide in the other.
+  bool ring_is_for_other_resolution = false;
 
   // The page's size in points, 1/72 inch.
   Size Points() const;

@@ -40,6 +40,7 @@ class FitterJob {
   // All pages of the document, once. False, with a sentence told, when one cannot go on.
   bool FitDocument(int descriptor) {
     PageReader reader(descriptor);
+    if (reader.read_errno() != 0) return RefuseUnreadable(reader);
     if (reader.IsEmpty()) return RefuseNothing();
     if (!reader.IsRaster()) {
       return Refuse("The document is no CUPS raster; print the picture or the PDF itself.");
@@ -48,10 +49,12 @@ class FitterJob {
     PageReader::Next next;
     while ((next = reader.NextPage(header)) == PageReader::Next::kPage) {
       const std::string complaint = fitter_.Fit(reader, header);
+      if (reader.read_errno() != 0) return RefuseUnreadable(reader);
       if (!complaint.empty()) return Refuse(complaint);
-      WarnOfBlur();
+      Warn();
       if (!HandOn(std::max(header.NumCopies, 1U))) return false;
     }
+    if (reader.read_errno() != 0) return RefuseUnreadable(reader);
     if (next != PageReader::Next::kEnd) {
       return Refuse("The document broke off before its end; print it again.");
     }
@@ -65,11 +68,24 @@ class FitterJob {
         "in another program.");
   }
 
-  void WarnOfBlur() {
-    if (warned_ || fitter_.dots_an_inch() >= kBlurred_dpi) return;
-    warned_ = true;
-    TellWarning("The page has only " + std::to_string(static_cast<int>(fitter_.dots_an_inch())) +
-                " dots an inch on the disc and will look blurred; send it with 300 or more.");
+  static bool RefuseUnreadable(const PageReader& reader) {
+    return Refuse(std::string("The document cannot be read (") +
+                  std::strerror(reader.read_errno()) + "); print it again.");
+  }
+
+  // Of each kind the first is enough.
+  void Warn() {
+    if (!blur_warned_ && fitter_.dots_an_inch() < kBlurred_dpi) {
+      blur_warned_ = true;
+      TellWarning("The page has only " + std::to_string(static_cast<int>(fitter_.dots_an_inch())) +
+                  " dots an inch on the disc and will look blurred; send it with 300 or more.");
+    }
+    if (!miss_warned_ && fitter_.misses_the_disc()) {
+      miss_warned_ = true;
+      TellWarning(
+          "All of the page lies in the hole or beyond the edge of the disc, which stays white; "
+          "print it with print-scaling=fit.");
+    }
   }
 
   // The printer knows no copies: every disc is a page of its own.
@@ -88,7 +104,8 @@ class FitterJob {
   Canvas& canvas_;
   PageWriter writer_;
   unsigned pages_ = 0;
-  bool warned_ = false;
+  bool blur_warned_ = false;
+  bool miss_warned_ = false;
 };
 
 }  // namespace
@@ -101,9 +118,16 @@ int RunFitterJob(const FilterArguments& arguments) {
   if (!canvas) return Fail("There is no memory for the page; print again later.");
   const int descriptor = OpenDocument(arguments);
   if (descriptor < 0) return 1;
+  if (target->ring_is_for_other_resolution) {
+    TellWarning(
+        "The hole or the margin is meant for another resolution and comes out with another width; "
+        "choose print-quality=3 for a draft, and no Resolution otherwise.");
+  }
   FitterJob job(arguments, *target, *canvas);
   for (int copy = 0; copy < arguments.copies; ++copy) {
-    if (copy > 0) lseek(descriptor, 0, SEEK_SET);
+    if (copy > 0 && lseek(descriptor, 0, SEEK_SET) != 0) {
+      return Fail("The document cannot be read a second time; ask for one copy.");
+    }
     if (!job.FitDocument(descriptor)) return 1;
   }
   return 0;

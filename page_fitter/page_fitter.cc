@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "page_fitter/page_fitter.h"
 
+#include <algorithm>
+
 #include "disc/raster_header.h"
 #include "disc/ring_mask.h"
 #include "disc/scaler.h"
@@ -18,12 +20,19 @@ std::string PageFitter::Fit(PageReader& reader, const cups_page_header2_t& heade
   if (!Draw(reader, header, place)) {
     return "The page broke off before its end and is not printed; print the job again.";
   }
+  const bool had_ink = !canvas_.IsWhite();
   WhitenOffTheRing(target_, canvas_);
+  misses_the_disc_ = had_ink && canvas_.IsWhite();
   header_ = FitsAlready(header, place) ? header : target_.header;
   header_.NumCopies = 1;
-  dots_an_inch_ = static_cast<double>(header.cupsWidth) * target_.header.HWResolution[0] /
-                  static_cast<double>(place.width);
+  dots_an_inch_ = std::min(DotsAnInch(header.cupsWidth, place.width, 0),
+                           DotsAnInch(header.cupsHeight, place.height, 1));
   return {};
+}
+
+double PageFitter::DotsAnInch(unsigned dots, int64_t placed_dots, int axis) const {
+  return static_cast<double>(dots) * target_.header.HWResolution[axis] /
+         static_cast<double>(placed_dots);
 }
 
 bool PageFitter::Draw(PageReader& reader, const cups_page_header2_t& header, const Place& place) {

@@ -29,12 +29,15 @@ class PageFitter {
   // anything.
   std::string Fit(PageReader& reader, const cups_page_header2_t& header);
 
-  // Of the newest page: the header to hand on (its own when it had the disc's size and form), and
-  // how many of its dots make an inch on the disc, across.
+  // Of the newest page: the header to hand on (its own when it had the disc's size, resolution and
+  // form), how many of its dots make an inch on the disc where they are fewest, and whether all
+  // that is on it lies off the ring.
   const cups_page_header2_t& header() const { return header_; }
   double dots_an_inch() const { return dots_an_inch_; }
+  bool misses_the_disc() const { return misses_the_disc_; }
 
  private:
+  double DotsAnInch(unsigned dots, int64_t placed_dots, int axis) const;
   bool Draw(PageReader& reader, const cups_page_header2_t& header, const Place& place);
   bool FitsAlready(const cups_page_header2_t& header, const Place& place) const;
 
@@ -44,6 +47,7 @@ class PageFitter {
   Canvas& canvas_;
   cups_page_header2_t header_ = {};
   double dots_an_inch_ = 0;
+  bool misses_the_disc_ = false;
   std::vector<uint8_t> line_;
   std::vector<uint8_t> rgb_;
 };

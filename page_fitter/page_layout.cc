@@ -18,8 +18,8 @@ constexpr double kMiddle_points = 1;
 struct Axis {
   unsigned raster_dots;
   unsigned raster_dpi;
-  double page;        // the raster's page
-  double box_middle;  // of the raster on its page, from the left or upper edge
+  double page;           // the raster's page
+  double raster_middle;  // of the raster on its page, from the left or upper edge
   unsigned disc_dots;
   unsigned disc_dpi;
   int side;  // -1, 0 or 1: where a page goes that is not the disc's own
@@ -30,48 +30,72 @@ struct Span {
   int64_t dots;
 };
 
-// Neither NaN nor of a size that no page has.
-bool IsLength(double points) { return points >= 1 && points <= 1e6; }
+// Neither NaN nor of a size that no page has: 14,400 points are 5 m.
+bool IsLength(double points) { return points >= 1 && points <= 14400; }
 
 // The length of the page: never less than the raster on it, whatever the header says.
-double PageLength(double exact, unsigned whole, unsigned raster_dots, unsigned raster_dpi) {
-  const double raster = raster_dots * kPointsPerInch / raster_dpi;
-  return std::max(IsLength(exact) ? exact : std::min(whole, 1000000U), raster);
+double PageLength(double exact, unsigned whole, double raster) {
+  const double told = IsLength(exact) ? exact : IsLength(whole) ? whole : 0;
+  return std::max(told, raster);
 }
 
-// The middle of a box; that of the page when there is no box or it lies elsewhere.
-double BoxMiddle(double exact_from, double exact_to, unsigned from, unsigned to, double page) {
-  const bool exact = IsLength(exact_to - exact_from);
-  const double middle = exact ? (exact_from + exact_to) / 2 : (double{1} * from + to) / 2;
-  const bool is_box = exact || to > from;
+// What a header says of the raster's place along one dimension, in points from the page's left or
+// lower edge.
+struct ToldPlace {
+  double exact_from;
+  double exact_to;
+  unsigned from;
+  unsigned to;
+  unsigned margin;
+};
+
+// The middle of the box, or of what stands at the margin; that of the page when neither is told or
+// it lies elsewhere.
+double RasterMiddle(const ToldPlace& told, double raster, double page) {
+  double middle = page / 2;
+  if (IsLength(told.exact_to - told.exact_from)) {
+    middle = (told.exact_from + told.exact_to) / 2;
+  } else if (told.to > told.from) {
+    middle = (double{1} * told.from + told.to) / 2;
+  } else if (told.margin > 0 && told.margin + raster <= page + kMiddle_points) {
+    middle = told.margin + raster / 2;
+  }
   const bool in_middle = std::abs(middle - page / 2) <= kMiddle_points;
-  return is_box && !in_middle && middle >= 0 && middle <= page ? middle : page / 2;
+  return !in_middle && middle >= 0 && middle <= page ? middle : page / 2;
 }
+
+double RasterLength(unsigned dots, unsigned dpi) { return dots * kPointsPerInch / dpi; }
 
 Axis Across(const cups_page_header2_t& header, const TargetPage& target, Position position) {
-  const double page = PageLength(header.cupsPageSize[0], header.PageSize[0], header.cupsWidth,
-                                 header.HWResolution[0]);
-  const float* const exact = header.cupsImagingBBox;
-  const unsigned* const box = header.ImagingBoundingBox;
+  const double raster = RasterLength(header.cupsWidth, header.HWResolution[0]);
+  const double page = PageLength(header.cupsPageSize[0], header.PageSize[0], raster);
+  const ToldPlace told = {.exact_from = header.cupsImagingBBox[0],
+                          .exact_to = header.cupsImagingBBox[2],
+                          .from = header.ImagingBoundingBox[0],
+                          .to = header.ImagingBoundingBox[2],
+                          .margin = header.Margins[0]};
   return {.raster_dots = header.cupsWidth,
           .raster_dpi = header.HWResolution[0],
           .page = page,
-          .box_middle = BoxMiddle(exact[0], exact[2], box[0], box[2], page),
+          .raster_middle = RasterMiddle(told, raster, page),
           .disc_dots = target.header.cupsWidth,
           .disc_dpi = target.header.HWResolution[0],
           .side = position.horizontal};
 }
 
-// Boxes count from the lower edge, dots from the upper one.
+// Headers count from the lower edge, dots from the upper one.
 Axis Down(const cups_page_header2_t& header, const TargetPage& target, Position position) {
-  const double page = PageLength(header.cupsPageSize[1], header.PageSize[1], header.cupsHeight,
-                                 header.HWResolution[1]);
-  const float* const exact = header.cupsImagingBBox;
-  const unsigned* const box = header.ImagingBoundingBox;
+  const double raster = RasterLength(header.cupsHeight, header.HWResolution[1]);
+  const double page = PageLength(header.cupsPageSize[1], header.PageSize[1], raster);
+  const ToldPlace told = {.exact_from = header.cupsImagingBBox[1],
+                          .exact_to = header.cupsImagingBBox[3],
+                          .from = header.ImagingBoundingBox[1],
+                          .to = header.ImagingBoundingBox[3],
+                          .margin = header.Margins[1]};
   return {.raster_dots = header.cupsHeight,
           .raster_dpi = header.HWResolution[1],
           .page = page,
-          .box_middle = page - BoxMiddle(exact[1], exact[3], box[1], box[3], page),
+          .raster_middle = page - RasterMiddle(told, raster, page),
           .disc_dots = target.header.cupsHeight,
           .disc_dpi = target.header.HWResolution[1],
           .side = position.vertical};
@@ -89,7 +113,7 @@ Span LayOutAxis(const Axis& axis, double scale, bool own_page) {
   const double dots = axis.raster_dots * scale * axis.disc_dpi / axis.raster_dpi;
   const int64_t length = std::max<int64_t>(1, std::llround(dots));
   const double free = own_page ? 0 : DiscLength(axis) - axis.page * scale;
-  const double from_middle = (axis.box_middle - axis.page / 2) * scale + axis.side * free / 2;
+  const double from_middle = (axis.raster_middle - axis.page / 2) * scale + axis.side * free / 2;
   const double middle = axis.disc_dots / 2.0 + from_middle * axis.disc_dpi / kPointsPerInch;
   return {.first_dot = static_cast<int64_t>(std::floor(middle - static_cast<double>(length) / 2)),
           .dots = length};

@@ -18,6 +18,7 @@ ssize_t PageReader::Read(void* reader, unsigned char* bytes, size_t count) {
   do {
     got = read(self.descriptor_, bytes, count);
   } while (got < 0 && errno == EINTR);
+  if (got < 0) self.read_errno_ = errno;
   if (got > 0) self.bytes_read_ += static_cast<uint64_t>(got);
   return got;
 }

@@ -25,6 +25,9 @@ class PageReader {
   bool IsRaster() const { return stream_ != nullptr; }
   bool IsEmpty() const { return bytes_read_ == 0; }
 
+  // The error that reading has met, 0 without one.
+  int read_errno() const { return read_errno_; }
+
   enum class Next { kPage, kEnd, kBroken };
   // Goes to the next page, all lines of the one before having been read.
   Next NextPage(cups_page_header2_t& header);
@@ -37,6 +40,7 @@ class PageReader {
 
   int descriptor_;
   uint64_t bytes_read_ = 0;
+  int read_errno_ = 0;
   std::unique_ptr<cups_raster_t, decltype(&cupsRasterClose)> stream_;
 };
 

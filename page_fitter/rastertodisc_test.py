@@ -148,7 +148,7 @@ def test_every_kind_of_stream(tmp_path, version, order):
 
 
 def test_every_page_is_counted_on_a_line_of_its_own(tmp_path):
-    done = run(stream(even_page(300, 300), even_page(400, 400, NumCopies=2)))
+    done = run(stream(even_page(900, 900), even_page(1000, 1000, NumCopies=2)))
     assert done.returncode == 0
     # Whatever stands before on standard error must not swallow the line.
     assert done.stderr == b"\nPAGE: 1 1\n\nPAGE: 2 2\n"
@@ -159,7 +159,7 @@ def test_every_page_is_counted_on_a_line_of_its_own(tmp_path):
 
 def test_the_first_filter_makes_the_copies(tmp_path):
     file = tmp_path / "label.raster"
-    file.write_bytes(stream(even_page(300, 300), even_page(400, 400)))
+    file.write_bytes(stream(even_page(900, 900), even_page(1000, 1000)))
     done = run(b"", copies="2", file=file)
     assert [line.split()[1] for line in said(done)] == ["1", "2", "3", "4"]
     assert len(pages_of(done, tmp_path)) == 4
@@ -183,6 +183,61 @@ def test_greys_only_when_the_job_wants_no_colours(tmp_path):
             pytest.skip("this PPD has no greys")
     picture = only_page(run(stream(even_page(DISC, DISC, (100, 0, 0))), "ColorModel=Gray"), tmp_path)
     assert (picture[100, 1417] == 31).all()
+
+
+def header_of(done):
+    """Resolution, width and height as the stream's first header tells them."""
+    words = np.frombuffer(done.stdout[4:1800], "<u4")
+    return words[276 // 4], words[372 // 4], words[376 // 4]
+
+
+@pytest.mark.parametrize("dpi,points", [(300, 680), (72, 2834), (600, 340)])
+def test_the_header_has_the_discs_resolution(dpi, points):
+    page = even_page(DISC, DISC, HWResolution=(dpi, dpi), cupsPageSize=(points, points))
+    assert header_of(run(stream(page), "print-scaling=none")) == (600, DISC, DISC)
+
+
+def test_margins_tell_the_place_when_there_is_no_box(tmp_path):
+    # 600 dots at 300 dpi are 144 points or 1200 dots of the disc: from the left edge, and 176 points
+    # (1467 dots) above the lower one: 2834 - 1467 - 1200 = 167, of a page of 340 points, 2833 dots.
+    page = even_page(600, 600, HWResolution=(300, 300), PageSize=(340, 340), cupsPageSize=(0, 0),
+                     Margins=(98, 176))
+    left, right, top, bottom = box(only_page(run(stream(page)), tmp_path))
+    assert abs(top - 167) <= 1 and abs(bottom - 1366) <= 1
+    assert abs((left + right) / 2 - 1416.5) <= 1
+
+
+def test_a_page_that_misses_the_disc_is_warned_of():
+    done = run(stream(even_page(100, 100)))
+    assert done.returncode == 0
+    assert any(line.startswith("WARNING: All of the page lies in the hole") for line in said(done))
+    assert said(run(stream(even_page(100, 100, (255, 255, 255))))) == ["PAGE: 1 1"]
+
+
+def test_a_draft_ring_at_full_resolution_is_as_wide_as_its_name(tmp_path):
+    done = run(stream(even_page(DISC, DISC)), "print-quality=3 Resolution=600dpi")
+    picture = only_page(done, tmp_path)
+    assert any("meant for another resolution" in line for line in said(done))
+    # 22 mm: 259 dots from the middle, and 1 mm of margin, 23 dots.
+    assert (picture[1417, 1417 - 255:1417 + 255] == 255).all()
+    assert (picture[23] == 255).all() and (picture[24] != 255).any()
+
+
+def test_a_document_that_cannot_be_read_is_told(tmp_path):
+    done = run(b"", file=tmp_path)
+    told, = said(done)
+    assert done.returncode == 1 and "Is a directory" in told
+
+
+@pytest.mark.parametrize("closed", ["0<&-", "1>&-", "0<&- 1>&-"])
+def test_closed_descriptors_are_no_files(tmp_path, closed):
+    file = tmp_path / "page.raster"
+    file.write_bytes(stream(even_page(999, 999)))
+    source = "" if "0" in closed else str(file)
+    done = subprocess.run(["bash", "-c", f'"$0" 1 u t 1 "" {source} {closed}', PROGRAM],
+                          env={"PPD": PPD}, capture_output=True, check=False)
+    assert done.returncode == 1
+    assert said(done)[0].startswith("ERROR: ")
 
 
 def lines_cut(data, share):
@@ -216,7 +271,7 @@ def test_what_cannot_be_printed_is_told_in_one_sentence(tmp_path, name, data, se
 
 
 def test_pages_before_a_damaged_one_are_whole(tmp_path):
-    good = raster.stream([even_page(200, 200), even_page(300, 300)], version=3)
+    good = raster.stream([even_page(800, 800), even_page(900, 900)], version=3)
     done = run(good[:-1000])
     assert done.returncode == 1
     assert len(pages_of(done, tmp_path)) == 1

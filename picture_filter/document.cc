@@ -58,8 +58,10 @@ DocumentFile Spool(int descriptor) {
 DocumentFile OpenDocumentFile(const FilterArguments& arguments) {
   const int descriptor = OpenDocument(arguments);
   if (descriptor < 0) return {nullptr, &fclose};
-  return descriptor == STDIN_FILENO ? Spool(descriptor)
-                                    : DocumentFile(fdopen(descriptor, "rb"), &fclose);
+  if (descriptor == STDIN_FILENO) return Spool(descriptor);
+  DocumentFile file(fdopen(descriptor, "rb"), &fclose);
+  if (file == nullptr) return Refuse("The picture cannot be read", "print it again.");
+  return file;
 }
 
 }  // namespace zr7700

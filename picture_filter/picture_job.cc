@@ -89,7 +89,10 @@ class PictureJob {
 int RunPictureJob(const FilterArguments& arguments) {
   std::string error;
   const auto target = ReadTargetPage(arguments.option_count, arguments.options, error);
-  if (!target) return Refuse(error) ? 0 : 1;
+  if (!target) {
+    TellError(error);
+    return 1;
+  }
   const DocumentFile file = OpenDocumentFile(arguments);
   if (file == nullptr) return 1;
   PictureJob job(arguments, *target);

@@ -11,7 +11,7 @@ import subprocess
 from demo_label import Refused
 
 TOP = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
-OURS = ("picturetodisc", "pdftodisc", "rastertodisc", "rastertoZR7700")
+OURS = ("picturetodisc", "pdftodisc", "texttodisc", "rastertodisc", "rastertoZR7700")
 _DATA, _THEIRS = "/usr/share/cups", "/usr/lib/cups/filter"
 _TYPELESS = "application/x-demo-none"  # no filter makes it: cupsfilter then names what it has got
 _KINDS = "give a PDF, a picture (PNG, JPEG, TIFF, GIF, BMP), PostScript or a text"

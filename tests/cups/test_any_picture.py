@@ -219,9 +219,14 @@ def print_and_measure(scheduler, document, *words):
 
 
 def test_text(scheduler, tmp_path):
-    (tmp_path / "text.txt").write_text("A line of text that is long enough.\n" * 20)
+    (tmp_path / "text.txt").write_text("A line of text, long enough.\n" * 12)
     disc, = print_and_measure(scheduler, tmp_path / "text.txt")
-    assert disc.has_ink()
+    # It begins in the upper left corner of the largest square within the edge, 60 - 59 / 1.414 =
+    # 18.3 mm from the page's edges, and its 28 letters of 2.54 mm stay within the square's 83 mm.
+    left, right, top, _ = disc.box()
+    millimetre = disc.dpi / 25.4
+    assert 17 * millimetre < left < 21 * millimetre and 17 * millimetre < top < 21 * millimetre
+    assert 80 * millimetre < right < 102 * millimetre
 
 
 @pytest.mark.skipif(not os.path.exists(TEST_PAGE), reason="this scheduler has no test page")

@@ -42,7 +42,7 @@ def damaged(path):
 
 @pytest.mark.parametrize("name, content, told", [
     ("cut.png", (LABELS / "lake.png").read_bytes()[:300000],
-     "is not printed: The picture is damaged or not all of it came ("),
+     "is not printed: The picture is damaged, not all of it came"),
     ("damaged.png", damaged(LABELS / "lake.png"), "is not printed: The picture is damaged"),
     ("cut.pdf", (LABELS / "concert.pdf").read_bytes()[:40000], "is damaged; export it again"),
     ("pageless.pdf", pdf_without_pages(), "has no pages; export it again"),
