@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
+#include <vector>
 
 #include "disc/ring.h"
 
@@ -16,8 +16,6 @@ namespace {
 
 constexpr unsigned kMostDots = 5100;  // of a disc's diameter, in the filter's clip table
 constexpr double kPointsPerInch = 72;
-
-using Ppd = std::unique_ptr<ppd_file_t, decltype(&ppdClose)>;
 
 // A length among the PPD's choices: the number that the keyword begins with, which is all that the
 // filter reads, and the length that its name promises: keywords for 300 dpi end in "Draft" and hold
@@ -77,9 +75,14 @@ bool ReadRing(ppd_file_t* ppd, TargetPage& page) {
   return uint64_t{2} * page.margin_dots + uint64_t{2} * page.hole_radius_dots <= smaller;
 }
 
-Ppd OpenPpd() {
+// Null when it cannot be read. It stays open until the process ends: libcups does not give back all
+// that it keeps of a PPD, and what is within reach is no leak.
+ppd_file_t* OpenPpd() {
+  static auto* const opened = new std::vector<ppd_file_t*>;
   const char* const path = std::getenv("PPD");
-  return {path == nullptr ? nullptr : ppdOpenFile(path), &ppdClose};
+  ppd_file_t* const ppd = path == nullptr ? nullptr : ppdOpenFile(path);
+  if (ppd != nullptr) opened->push_back(ppd);
+  return ppd;
 }
 
 }  // namespace
@@ -91,15 +94,15 @@ Size TargetPage::Points() const {
 
 std::optional<TargetPage> ReadTargetPage(int option_count, cups_option_t* options,
                                          std::string& error) {
-  const Ppd ppd = OpenPpd();
+  ppd_file_t* const ppd = OpenPpd();
   if (ppd == nullptr) {
     error = "The printer's description (PPD) cannot be read; remove the queue and add it again.";
     return std::nullopt;
   }
-  ppdMarkDefaults(ppd.get());
-  cupsMarkOptions(ppd.get(), option_count, options);
+  ppdMarkDefaults(ppd);
+  cupsMarkOptions(ppd, option_count, options);
   TargetPage page = {};
-  if (cupsRasterInterpretPPD(&page.header, ppd.get(), option_count, options, nullptr) != 0 ||
+  if (cupsRasterInterpretPPD(&page.header, ppd, option_count, options, nullptr) != 0 ||
       !IsPage(page.header)) {
     error =
         "The printer's description (PPD) is not that of a ZR7700; remove the queue and add it "
@@ -108,7 +111,7 @@ std::optional<TargetPage> ReadTargetPage(int option_count, cups_option_t* option
   }
   page.grey = IsGrey(page.header);
   MakeChunkyRgb(page.header);
-  if (!ReadRing(ppd.get(), page)) {
+  if (!ReadRing(ppd, page)) {
     error =
         "The hole and the margin that were chosen leave nothing of the disc; choose a smaller "
         "InnerDiameter or OuterMargin.";
