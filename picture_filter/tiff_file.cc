@@ -34,6 +34,14 @@ toff_t Size(thandle_t handle) {
   return size;
 }
 
+// Of these libtiff calls a value that means nothing an error and leaves the tag out; the picture's
+// dots do not depend on them.
+bool IsAboutATagToLeaveOut(const char* complaint) {
+  return std::strstr(complaint, "Bad value") != nullptr &&
+         (std::strstr(complaint, "\"Orientation\"") != nullptr ||
+          std::strstr(complaint, "\"ResolutionUnit\"") != nullptr);
+}
+
 using Options = std::unique_ptr<TIFFOpenOptions, decltype(&TIFFOpenOptionsFree)>;
 
 }  // namespace
@@ -51,7 +59,11 @@ TiffFile::TiffFile(FILE* file) : tiff_(nullptr, &TIFFClose) {
 
 int TiffFile::TakeError(TIFF*, void* self, const char*, const char* format, va_list list) {
   auto& file = *static_cast<TiffFile*>(self);
-  if (!file.IsDamaged()) std::vsnprintf(file.complaint_, sizeof file.complaint_, format, list);
+  char complaint[sizeof file.complaint_];
+  std::vsnprintf(complaint, sizeof complaint, format, list);
+  if (!file.IsDamaged() && !IsAboutATagToLeaveOut(complaint)) {
+    std::memcpy(file.complaint_, complaint, sizeof complaint);
+  }
   return 1;
 }
 

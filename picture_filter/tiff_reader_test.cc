@@ -238,6 +238,25 @@ TEST(TiffReaderTest, DensityAndOrientation) {
   EXPECT_EQ(told.turn, TurnOfOrientation(6));
 }
 
+TEST(TiffReaderTest, AnOrientationThatMeansNothingIsNone) {
+  TiffPage page = {.bytes = Bytes(6)};
+  page.more_tags = [](TIFF* tiff) {
+    TIFFSetField(tiff, TIFFTAG_ORIENTATION, ORIENTATION_RIGHTTOP);
+  };
+  auto file = TiffFileWith({page});
+  // The tag's entry: number 0x0112, type 3, one value, 6.
+  const std::string entry("\x12\x01\x03\x00\x01\x00\x00\x00\x06\x00", 10);
+  const auto place = std::search(file.begin(), file.end(), entry.begin(), entry.end());
+  ASSERT_NE(place, file.end());
+  for (const uint8_t value : {uint8_t{0}, uint8_t{9}}) {
+    place[8] = value;
+    const DecodedFile decoded = Decode(file);
+    EXPECT_EQ(decoded.error, "");
+    ASSERT_EQ(decoded.pictures.size(), 1U);
+    EXPECT_EQ(decoded.pictures[0].told.turn, TurnOfOrientation(1));
+  }
+}
+
 std::function<void(TIFF*)> Kind(uint32_t kind) {
   return [kind](TIFF* tiff) { TIFFSetField(tiff, TIFFTAG_SUBFILETYPE, kind); };
 }
