@@ -66,39 +66,39 @@ double RasterMiddle(const ToldPlace& told, double raster, double page) {
 
 double RasterLength(unsigned dots, unsigned dpi) { return dots * kPointsPerInch / dpi; }
 
-Axis Across(const cups_page_header2_t& header, const TargetPage& target, Position position) {
-  const double raster = RasterLength(header.cupsWidth, header.HWResolution[0]);
-  const double page = PageLength(header.cupsPageSize[0], header.PageSize[0], raster);
-  const ToldPlace told = {.exact_from = header.cupsImagingBBox[0],
-                          .exact_to = header.cupsImagingBBox[2],
-                          .from = header.ImagingBoundingBox[0],
-                          .to = header.ImagingBoundingBox[2],
-                          .margin = header.Margins[0]};
-  return {.raster_dots = header.cupsWidth,
-          .raster_dpi = header.HWResolution[0],
+// Dimension 0 goes across and counts from the left edge, dimension 1 goes down: headers count it
+// from the lower edge, and the caller turns it over.
+Axis AxisOf(const cups_page_header2_t& header, const TargetPage& target, int dimension) {
+  const unsigned dots = dimension == 0 ? header.cupsWidth : header.cupsHeight;
+  const unsigned dpi = header.HWResolution[dimension];
+  const double raster = RasterLength(dots, dpi);
+  const double page =
+      PageLength(header.cupsPageSize[dimension], header.PageSize[dimension], raster);
+  const ToldPlace told = {.exact_from = header.cupsImagingBBox[dimension],
+                          .exact_to = header.cupsImagingBBox[dimension + 2],
+                          .from = header.ImagingBoundingBox[dimension],
+                          .to = header.ImagingBoundingBox[dimension + 2],
+                          .margin = header.Margins[dimension]};
+  return {.raster_dots = dots,
+          .raster_dpi = dpi,
           .page = page,
           .raster_middle = RasterMiddle(told, raster, page),
-          .disc_dots = target.header.cupsWidth,
-          .disc_dpi = target.header.HWResolution[0],
-          .side = position.horizontal};
+          .disc_dots = dimension == 0 ? target.header.cupsWidth : target.header.cupsHeight,
+          .disc_dpi = target.header.HWResolution[dimension],
+          .side = 0};
 }
 
-// Headers count from the lower edge, dots from the upper one.
+Axis Across(const cups_page_header2_t& header, const TargetPage& target, Position position) {
+  Axis axis = AxisOf(header, target, 0);
+  axis.side = position.horizontal;
+  return axis;
+}
+
 Axis Down(const cups_page_header2_t& header, const TargetPage& target, Position position) {
-  const double raster = RasterLength(header.cupsHeight, header.HWResolution[1]);
-  const double page = PageLength(header.cupsPageSize[1], header.PageSize[1], raster);
-  const ToldPlace told = {.exact_from = header.cupsImagingBBox[1],
-                          .exact_to = header.cupsImagingBBox[3],
-                          .from = header.ImagingBoundingBox[1],
-                          .to = header.ImagingBoundingBox[3],
-                          .margin = header.Margins[1]};
-  return {.raster_dots = header.cupsHeight,
-          .raster_dpi = header.HWResolution[1],
-          .page = page,
-          .raster_middle = page - RasterMiddle(told, raster, page),
-          .disc_dots = target.header.cupsHeight,
-          .disc_dpi = target.header.HWResolution[1],
-          .side = position.vertical};
+  Axis axis = AxisOf(header, target, 1);
+  axis.raster_middle = axis.page - axis.raster_middle;
+  axis.side = position.vertical;
+  return axis;
 }
 
 double DiscLength(const Axis& axis) { return axis.disc_dots * kPointsPerInch / axis.disc_dpi; }

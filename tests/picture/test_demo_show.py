@@ -97,7 +97,7 @@ def test_a_picture_of_another_kind_is_not_shown_wrong(mode, tmp_path):
 
 
 def test_lines_of_every_png_filter():
-    """The five of the PNG specification, on bytes reckoned by hand: above 10 20 30 40 50 60."""
+    """PNG's five filters, on bytes reckoned by hand: above 10 20 30 40 50 60."""
     above, line = bytes((10, 20, 30, 40, 50, 60)), bytes((1, 2, 3, 4, 5, 6))
     wanted = [(1, 2, 3, 4, 5, 6), (1, 2, 3, 5, 7, 9), (11, 22, 33, 44, 55, 66),
               (6, 12, 18, 27, 36, 45), (11, 22, 33, 44, 55, 66)]
