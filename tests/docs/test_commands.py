@@ -28,6 +28,7 @@ RUN_ELSEWHERE = [
     (r"\./test --long", "tests/packages/CMakeLists.txt", "packages;long"),
     (r"\./demo( .*)?", "tests/picture/test_demo.py", "tools/demo_print.py"),
     (r"\./test( quick)?", "tests/papers/test_questions.py", 'TOP / "test"'),
+    (r"docs/draw_pictures\.py", "tests/picture/test_shown_discs.py", "draw_pictures.SHOWN"),
     (r"lp -o \.\.\.", "tests/cups/test_cups.py", 'scheduler.print("-o"'),
     (r"lpadmin -p Discs -v 'zr7700virtual:/path.*", "tests/cups/scheduler.py", "zr7700virtual:"),
     (r"macos/package --sign .*", "tests/macos/test_build_package.py", "--sign"),

@@ -9,7 +9,8 @@ import pytest
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 for folder in (HERE, os.path.join(HERE, "../jobs"), os.path.join(HERE, "../../tools"),
-               os.path.join(HERE, "../cups"), os.path.join(HERE, "../../ppd")):
+               os.path.join(HERE, "../cups"), os.path.join(HERE, "../../ppd"),
+               os.path.join(HERE, "../../docs")):
     sys.path.insert(0, folder)
 
 from demo_box import DemoBox  # noqa: E402
