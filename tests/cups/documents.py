@@ -64,9 +64,9 @@ def pdf(path, pages):
     path.write_bytes(pdf_file(head + objects))
 
 
-def _packed(rgb_line):
+def _packed(line, dot_bytes):
     """A line of an Apple or PWG raster: runs of equal dots, up to 128 in one."""
-    dots = [rgb_line[i:i + 3] for i in range(0, len(rgb_line), 3)]
+    dots = [line[i:i + dot_bytes] for i in range(0, len(line), dot_bytes)]
     out, at = bytearray(), 0
     while at < len(dots):
         run = 1
@@ -78,26 +78,30 @@ def _packed(rgb_line):
 
 
 def _packed_page(image):
-    lines = [image.tobytes()[y * image.width * 3:(y + 1) * image.width * 3]
-             for y in range(image.height)]
+    dot_bytes = len(image.getbands())
+    data, line_bytes = image.tobytes(), image.width * dot_bytes
+    lines = [data[y * line_bytes:(y + 1) * line_bytes] for y in range(image.height)]
     out, at = bytearray(), 0
     while at < len(lines):
         repeat = 1
         while repeat < 256 and at + repeat < len(lines) and lines[at + repeat] == lines[at]:
             repeat += 1
-        out += bytes([repeat - 1]) + _packed(lines[at])
+        out += bytes([repeat - 1]) + _packed(lines[at], dot_bytes)
         at += repeat
     return bytes(out)
 
 
-def urf(path, size, dpi):
-    """Apple raster, as telephones send it: one page, sRGB of 24 bits."""
-    header = struct.pack(">BBBBIIIIIII", 24, 1, 1, 4, 0, 0, *size, dpi, 0, 0)
-    path.write_bytes(b"UNIRAST\0" + struct.pack(">I", 1) + header + _packed_page(quarters(*size)))
+def urf(path, size, dpi, mode="RGB"):
+    """Apple raster, as telephones send it: one page, sRGB of 24 bits or ("L") grey of 8."""
+    bits, colors = {"RGB": (24, 1), "L": (8, 0)}[mode]
+    header = struct.pack(">BBBBIIIIIII", bits, colors, 1, 4, 0, 0, *size, dpi, 0, 0)
+    path.write_bytes(b"UNIRAST\0" + struct.pack(">I", 1) + header
+                     + _packed_page(quarters(*size).convert(mode)))
 
 
-def pwg(path, size, dpi):
-    """PWG raster: one page, sRGB of 24 bits."""
+def pwg(path, size, dpi, mode="RGB"):
+    """PWG raster: one page, sRGB of 24 bits or ("L") grey of 8."""
+    samples, colors = {"RGB": (3, 19), "L": (1, 18)}[mode]
     words = [0] * ((1796 - 256) // 4)
 
     def put(offset, *values):
@@ -106,11 +110,11 @@ def pwg(path, size, dpi):
     put(340, 1)
     put(352, *(round(side * 72 / dpi) for side in size))
     put(372, *size)
-    put(384, 8, 24, size[0] * 3, 0, 19)
-    put(420, 3)
+    put(384, 8, 8 * samples, size[0] * samples, 0, colors)
+    put(420, samples)
     texts = b"PwgRaster".ljust(64, b"\0") + bytes(192)
     path.write_bytes(b"RaS2" + texts + struct.pack(f">{len(words)}I", *words)
-                     + _packed_page(quarters(*size)))
+                     + _packed_page(quarters(*size).convert(mode)))
 
 
 def postscript(path, size):

@@ -252,6 +252,16 @@ def test_four_pages_on_a_disc_keep_their_order(scheduler, tmp_path):
             for y in (-1, 1) for x in (-1, 1)] == ["red", "green", "blue", "black"]
 
 
+@pytest.mark.parametrize("kind", ["urf", "pwg"])
+def test_a_grey_page(scheduler, tmp_path, kind):
+    getattr(documents, kind)(tmp_path / f"grey.{kind}", (2480, 3508), 300, "L")
+    disc, = print_and_measure(scheduler, tmp_path / f"grey.{kind}")
+    red, green, blue, black = (disc.color(x, y) for y in (-700, 700) for x in (-500, 500))
+    for seen, level in ((red, 80), (green, 102), (blue, 43), (black, 10)):  # as luma makes of them
+        assert max(seen) - min(seen) < 20 and abs(seen.mean() - level) < 30, (seen, level)
+    assert green.mean() > red.mean() > blue.mean() > black.mean()
+
+
 def test_a_half_transparent_picture_lies_on_white(scheduler, tmp_path):
     Image.new("RGBA", (1000, 1000), (255, 0, 0, 128)).save(tmp_path / "half.png")
     disc, = print_and_measure(scheduler, tmp_path / "half.png")
