@@ -24,15 +24,6 @@ Line LineOf(const Canvas& canvas, uint32_t y) {
   return {line.begin(), line.end()};
 }
 
-TEST(Canvas, IsWhiteAtFirstAndAfterClear) {
-  auto canvas = Canvas::Create(2, 2);
-  ASSERT_TRUE(canvas);
-  EXPECT_EQ(LineOf(*canvas, 1), Greys({255, 255}));
-  canvas->Line(1)[0] = 7;
-  canvas->Clear();
-  EXPECT_EQ(LineOf(*canvas, 1), Greys({255, 255}));
-}
-
 TEST(Scaler, SameSizeIsCopiedToItsPlace) {
   auto canvas = Canvas::Create(4, 4);
   Scaler scaler(2, 2, {.left = 1, .top = 2, .width = 2, .height = 2}, *canvas);

@@ -48,9 +48,11 @@ void MakeChunkyRgb(cups_page_header2_t& header) {
   header.NumCopies = 1;
 }
 
+// Every disc's page is a square.
 bool IsPage(const cups_page_header2_t& header) {
-  return header.cupsWidth > 0 && header.cupsWidth <= kMostDots && header.cupsHeight > 0 &&
-         header.cupsHeight <= kMostDots && header.HWResolution[0] > 0 && header.HWResolution[1] > 0;
+  return header.cupsWidth > 0 && header.cupsWidth <= kMostDots &&
+         header.cupsHeight == header.cupsWidth && header.HWResolution[0] > 0 &&
+         header.HWResolution[1] == header.HWResolution[0];
 }
 
 uint32_t AtLeastNone(int32_t dots) { return static_cast<uint32_t>(std::max(0, dots)); }
@@ -71,8 +73,8 @@ bool ReadRing(ppd_file_t* ppd, TargetPage& page) {
   page.ring_is_for_other_resolution =
       filters_hole > named_hole + 1 || filters_margin > named_margin + 1 ||
       named_hole > filters_hole + 1 || named_margin > filters_margin + 1;
-  const uint32_t smaller = std::min(page.header.cupsWidth, page.header.cupsHeight);
-  return uint64_t{2} * page.margin_dots + uint64_t{2} * page.hole_radius_dots <= smaller;
+  return uint64_t{2} * page.margin_dots + uint64_t{2} * page.hole_radius_dots <=
+         page.header.cupsWidth;
 }
 
 // Null when it cannot be read. It stays open until the process ends: libcups does not give back all

@@ -14,12 +14,16 @@
 
 namespace zr7700 {
 
+// With fewer dots to an inch of the disc a picture looks blurred.
+constexpr double kBlurred_dpi = 150;
+
 struct TargetPage {
   // Chunky red, green and blue of 8 bits, whatever colours the job asks for: the only form that the
   // production filter prints. cupsWidth x cupsHeight dots at HWResolution.
   cups_page_header2_t header;
-  bool grey = false;         // the job asks for greys only
-  // What stays white: as wide as the choices' names say, or as the filter makes it when that is more.
+  bool grey = false;  // the job asks for greys only
+  // What stays white: as wide as the choices' names say, or as the filter makes it when that is
+  // more.
   uint32_t margin_dots = 0;  // at every edge
   uint32_t hole_radius_dots = 0;
   // The filter takes the numbers of hole and margin as they are, and those for one resolution come

@@ -28,17 +28,19 @@ std::string Colors(int color_space) {
          "/cupsBitsPerColor 8>>setpagedevice";
 }
 
-// A square page of 72 points, and one beyond any disc.
+// A square page of 72 points, one beyond any disc, and one that is no square.
 std::string Ppd() {
   const std::string sizes = Choice("PageSize", "Inch", "<</PageSize[72 72]>>setpagedevice") +
-                            Choice("PageSize", "Huge", "<</PageSize[9000 9000]>>setpagedevice");
+                            Choice("PageSize", "Huge", "<</PageSize[9000 9000]>>setpagedevice") +
+                            Choice("PageSize", "Card", "<</PageSize[72 36]>>setpagedevice");
   return "*PPD-Adobe: \"4.3\"\n*FormatVersion: \"4.3\"\n*LanguageVersion: English\n"
          "*LanguageEncoding: ISOLatin1\n*PCFileName: \"X.PPD\"\n*Product: \"(X)\"\n"
          "*Manufacturer: \"X\"\n*ModelName: \"X\"\n*NickName: \"X\"\n*ShortNickName: \"X\"\n"
          "*PSVersion: \"(3010.000) 0\"\n*LanguageLevel: \"3\"\n*ColorDevice: True\n" +
          Option("PageSize", "Inch", sizes) +
          "*DefaultImageableArea: Inch\n*ImageableArea Inch: \"0 0 72 72\"\n"
-         "*ImageableArea Huge: \"0 0 9000 9000\"\n*DefaultPaperDimension: Inch\n"
+         "*ImageableArea Huge: \"0 0 9000 9000\"\n*ImageableArea Card: \"0 0 72 36\"\n"
+         "*DefaultPaperDimension: Inch\n*PaperDimension Card: \"72 36\"\n"
          "*PaperDimension Inch: \"72 72\"\n*PaperDimension Huge: \"9000 9000\"\n" +
          Option("Resolution", "600dpi",
                 Choice("Resolution", "600dpi", "<</HWResolution[600 600]>>setpagedevice") +
@@ -116,9 +118,14 @@ TEST_F(TargetPageTest, RefusesPpdsThatAreNone) {
   UsePpd(folder_.WriteFile("rubbish.ppd", "rubbish"));
   EXPECT_FALSE(Read(""));
   EXPECT_NE(error_.find("cannot be read"), std::string::npos);
-  UsePpd(folder_.PathOf("x.ppd"));
-  EXPECT_FALSE(Read("PageSize=Huge"));
-  EXPECT_NE(error_.find("not that of a ZR7700"), std::string::npos);
+}
+
+TEST_F(TargetPageTest, RefusesPagesThatAreNoDiscs) {
+  for (const char* const page : {"PageSize=Huge", "PageSize=Card"}) {
+    error_.clear();
+    EXPECT_FALSE(Read(page));
+    EXPECT_NE(error_.find("not that of a ZR7700"), std::string::npos) << page;
+  }
 }
 
 }  // namespace

@@ -52,6 +52,11 @@ void Tell(std::string_view beginning, std::string_view sentence) {
 
 void TellError(std::string_view sentence) { Tell("\nERROR: ", sentence); }
 
+bool Refuse(std::string_view sentence) {
+  TellError(sentence);
+  return false;
+}
+
 void TellWarning(std::string_view sentence) { Tell("\nWARNING: ", sentence); }
 
 void TellPage(unsigned page, unsigned copies) {

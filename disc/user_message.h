@@ -17,6 +17,9 @@ namespace zr7700 {
 // wrong and what to do. At most 1,900 bytes of it are written; CUPS cuts longer lines.
 void TellError(std::string_view sentence);
 
+// Tells the error; returns false, for a caller that says so of a step that cannot be done.
+bool Refuse(std::string_view sentence);
+
 // Something that may come out otherwise than it was meant.
 void TellWarning(std::string_view sentence);
 

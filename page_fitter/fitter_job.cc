@@ -17,13 +17,6 @@
 namespace zr7700 {
 namespace {
 
-constexpr double kBlurred_dpi = 150;
-
-bool Refuse(const std::string& sentence) {
-  TellError(sentence);
-  return false;
-}
-
 int Fail(const std::string& sentence) {
   TellError(sentence);
   return 1;

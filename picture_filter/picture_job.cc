@@ -20,11 +20,6 @@
 namespace zr7700 {
 namespace {
 
-bool Refuse(const std::string& sentence) {
-  TellError(sentence);
-  return false;
-}
-
 class PictureJob {
  public:
   PictureJob(const FilterArguments& arguments, const TargetPage& target)

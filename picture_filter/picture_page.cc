@@ -11,7 +11,6 @@
 namespace zr7700 {
 namespace {
 
-constexpr double kBlurred_dpi = 150;
 constexpr unsigned kSharp_dpi = 300;
 
 constexpr char kNoMemory[] = "There is no memory for the page; print again later.";

@@ -415,3 +415,17 @@ def test_help_and_version():
     for flag, words in (("--help", "Usage: picturetodisc job user"), ("--version", "picturetodisc ")):
         done = subprocess.run([FILTER, flag], capture_output=True, text=True, check=True)
         assert done.stdout.startswith(words)
+
+
+def test_a_cancel_leaves_the_next_filter_time_to_hear_of_it():
+    """It would take the end of its input for the end of the page."""
+    with subprocess.Popen([FILTER, "1", "u", "t", "1", ""], stdin=subprocess.PIPE,
+                          stdout=subprocess.PIPE, env={"PPD": os.environ["ZR7700_PPD"]}) as process:
+        process.stdin.write(saved(quarters(99, 99), "PNG")[:100])
+        process.stdin.flush()
+        with pytest.raises(subprocess.TimeoutExpired):
+            process.wait(0.3)
+        process.terminate()
+        with pytest.raises(subprocess.TimeoutExpired):
+            process.wait(0.5)
+        assert process.wait(5) == 0

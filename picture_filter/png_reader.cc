@@ -52,7 +52,9 @@ class PngReader : public PictureReader {
     picture_.turn = exif.turn;
     picture_.density = ReadDensity(exif);
     const std::string complaint = CheckDots(picture_.dots);
-    return complaint.empty() || Refuse(complaint) ? Next::kPicture : Next::kRefused;
+    if (complaint.empty()) return Next::kPicture;
+    Refuse(complaint);
+    return Next::kRefused;
   }
 
   bool Begin(Dots) override {

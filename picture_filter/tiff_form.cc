@@ -86,32 +86,40 @@ std::string UnknownForm(const TiffForm& form) {
          std::to_string(form.bits) + " bits); save it as RGB with 8 or 16 bits a colour.";
 }
 
+void ReadTags(TIFF* tiff, TiffForm& form) {
+  uint16_t photometric = UINT16_MAX;
+  TIFFGetField(tiff, TIFFTAG_PHOTOMETRIC, &photometric);
+  form.photometric = photometric;
+  TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &form.dots.width);
+  TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &form.dots.height);
+  form.bits = Tag(tiff, TIFFTAG_BITSPERSAMPLE);
+  form.samples = Tag(tiff, TIFFTAG_SAMPLESPERPIXEL);
+  form.has_planes = Tag(tiff, TIFFTAG_PLANARCONFIG) == PLANARCONFIG_SEPARATE && form.samples > 1;
+  form.dot.is_16_bit = form.bits == 16;
+}
+
+bool IsKnown(TIFF* tiff, const TiffForm& form) {
+  return form.samples <= kMostSamples && HasKnownBits(form) && HasKnownNumbers(tiff, form) &&
+         !IsOtherInk(tiff, form);
+}
+
+// A sentence on what cannot be printed of the picture; empty when all can.
+std::string CheckCompression(TIFF* tiff) {
+  const uint16_t compression = Tag(tiff, TIFFTAG_COMPRESSION);
+  return TIFFIsCODECConfigured(compression) == 0 ? UnknownCompression(compression) : "";
+}
+
 }  // namespace
 
 std::optional<TiffForm> ReadTiffForm(TIFF* tiff, std::string& error) {
   TiffForm form;
-  TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &form.dots.width);
-  TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &form.dots.height);
+  ReadTags(tiff, form);
   error = CheckDots(form.dots);
   if (!error.empty()) return std::nullopt;
-  form.bits = Tag(tiff, TIFFTAG_BITSPERSAMPLE);
-  form.samples = Tag(tiff, TIFFTAG_SAMPLESPERPIXEL);
-  form.has_planes = Tag(tiff, TIFFTAG_PLANARCONFIG) == PLANARCONFIG_SEPARATE && form.samples > 1;
-  uint16_t photometric = UINT16_MAX;
-  TIFFGetField(tiff, TIFFTAG_PHOTOMETRIC, &photometric);
-  form.photometric = photometric;
   const PhotometricRow* const row = FindPhotometric(form);
   if (row != nullptr) form.dot.colours = row->colours;
-  if (row == nullptr || form.samples > kMostSamples || !HasKnownBits(form) ||
-      !HasKnownNumbers(tiff, form) || IsOtherInk(tiff, form)) {
-    error = UnknownForm(form);
-    return std::nullopt;
-  }
-  form.dot.is_16_bit = form.bits == 16;
-  if (TIFFIsCODECConfigured(Tag(tiff, TIFFTAG_COMPRESSION)) == 0) {
-    error = UnknownCompression(Tag(tiff, TIFFTAG_COMPRESSION));
-    return std::nullopt;
-  }
+  error = row != nullptr && IsKnown(tiff, form) ? CheckCompression(tiff) : UnknownForm(form);
+  if (!error.empty()) return std::nullopt;
   TakeAlpha(tiff, *row, form);
   TakeYcbcr(tiff, form);
   return form;
