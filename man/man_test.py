@@ -54,6 +54,12 @@ def test_man_formats_without_warnings(page):
     assert len(man.stdout) > 1000
 
 
+@pytest.mark.parametrize("page", PAGES, ids=lambda page: page.name)
+def test_pages_name_the_release(page):
+    release = re.search(r"project\(zr7700 VERSION (\d+\.\d+)", source("CMakeLists.txt"))[1]
+    assert f'\n.Os "zr7700 {release}"\n' in page.read_text(encoding="utf-8")
+
+
 def test_settings_and_their_defaults():
     documented = dict(re.findall(r"^\.It Va (\w+) Ta (-?\d+) Ta .+$", section("SETTINGS"), re.M))
     built_in = dict(re.findall(r"^  int32_t (\w+) = (-?\d+);", source("base/settings.h"), re.M))
