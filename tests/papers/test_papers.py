@@ -78,7 +78,7 @@ def test_links_lead_somewhere(paper):
 
 
 @pytest.mark.parametrize("paper", ["README.md", "CHANGES.md", "CONTRIBUTING.md",
-                                   "REPORTING_ISSUES.md"])
+                                   "REPORTING_ISSUES.md", "SECURITY.md"])
 def test_papers_name_no_address_that_nobody_answers(paper):
     text = (TOP / paper).read_text(encoding="utf-8")
     assert re.findall(r"[\w.+-]+@[\w-]+\.\w+", text) == []
