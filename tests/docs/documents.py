@@ -6,7 +6,8 @@ import re
 from pathlib import Path
 
 TOP = Path(__file__).resolve().parents[2]
-DOCUMENTS = [*(TOP / name for name in ("README.md", "CONTRIBUTING.md", "REPORTING_ISSUES.md")),
+DOCUMENTS = [*(TOP / name for name in ("README.md", "CONTRIBUTING.md", "REPORTING_ISSUES.md",
+                                 "SECURITY.md")),
              *sorted((TOP / "docs").glob("*.md"))]
 # What a fenced block may be.
 KINDS = {"sh", "text", "c"}
@@ -14,6 +15,8 @@ KINDS = {"sh", "text", "c"}
 _PROGRAMS = {"apt", "bench/peers.py", "cmake", "ctest", "cups-config", "cupsctl", "lp", "lpadmin",
              "lpoptions", "lpstat", "cancel", "cupsdisable", "cupsenable", "lpmove", "uname",
              "ipptool", "./demo", "./test", "tests/cups/transcripts.py"}
+# Those that are commands without an argument too.
+_ALONE = {"./demo", "./test", "docs/draw_pictures.py"}
 
 
 def blocks(text):
@@ -37,6 +40,6 @@ def commands(document):
     for inline in re.findall(r"`([^`\n]+)`", without_blocks):
         words = inline.split()
         # A program's name alone is no command, unless it is run by its path.
-        if words[0] in _PROGRAMS and (len(words) > 1 or words[0].startswith("./")):
+        if words[0] in (_ALONE if len(words) == 1 else _PROGRAMS):
             found += _lines(inline)
     return list(dict.fromkeys(found))
