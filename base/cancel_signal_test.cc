@@ -14,6 +14,7 @@
 #include <functional>
 #include <thread>
 
+#include "tests/support/later_cancel.h"
 #include "tests/support/own_process.h"
 #include "tests/support/signal_storm.h"
 
@@ -35,13 +36,6 @@ struct Pipe {
   }
   int ends[2] = {-1, -1};
 };
-
-void TerminateMainThreadIn(milliseconds delay) {
-  std::thread([delay, main = pthread_self()] {
-    std::this_thread::sleep_for(delay);
-    pthread_kill(main, SIGTERM);
-  }).detach();
-}
 
 TEST(CancelHandler, WithoutItSigtermEndsTheProcess) {
   const pid_t child = fork();
@@ -122,7 +116,7 @@ TEST(WaitForInputTest, ACancelWakesIt) {
   test::InOwnProcess([] {
     InstallCancelHandler();
     const Pipe pipe;
-    TerminateMainThreadIn(milliseconds(50));
+    test::CancelIn(50);
     EXPECT_FALSE(WaitForInput(pipe.ends[0]));
     EXPECT_TRUE(CancelRequested());
   });
@@ -219,7 +213,7 @@ TEST(WaitWithALimit, ACancelEndsIt) {
   test::InOwnProcess([] {
     InstallCancelHandler();
     const Pipe pipe;
-    TerminateMainThreadIn(milliseconds(50));
+    test::CancelIn(50);
     EXPECT_LT(
         SecondsOf([&] { EXPECT_EQ(WaitForInput(pipe.ends[0], 20'000), WaitEnd::kCancelled); }),
         5.0);
@@ -251,7 +245,7 @@ TEST(WaitForTakerTest, WaitsForAReaderAfterACancelToo) {
     InstallCancelHandler();
     const Pipe pipe;
     Fill(pipe);
-    TerminateMainThreadIn(milliseconds(50));
+    test::CancelIn(50);
     std::thread([&pipe] {
       std::this_thread::sleep_for(milliseconds(300));
       char bytes[4096];

@@ -3,13 +3,13 @@
 #include "base/pause.h"
 
 #include <gtest/gtest.h>
-#include <pthread.h>
 #include <signal.h>
 
 #include <chrono>
 #include <thread>
 
 #include "base/cancel_signal.h"
+#include "tests/support/later_cancel.h"
 #include "tests/support/own_process.h"
 #include "tests/support/signal_storm.h"
 
@@ -51,10 +51,7 @@ TEST_F(PauseTest, IsNotCutShortByOtherSignals) {
 TEST_F(PauseTest, ACancelEndsIt) {
   test::InOwnProcess([this] {
     InstallCancelHandler();
-    std::thread([main = pthread_self()] {
-      std::this_thread::sleep_for(milliseconds(50));
-      pthread_kill(main, SIGTERM);
-    }).detach();
+    test::CancelIn(50);
     EXPECT_FALSE(Pause(20'000));
     EXPECT_LT(Paused(), milliseconds(5000));
   });
