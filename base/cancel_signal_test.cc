@@ -151,14 +151,15 @@ TEST(WaitForInputTest, IsNotWokenByOtherSignals) {
     signal(SIGUSR1, [](int) {});
     Pipe pipe;
     const auto start = std::chrono::steady_clock::now();
-    std::thread([&pipe, main = pthread_self()] {
+    std::thread sender([&pipe, main = pthread_self()] {
       std::this_thread::sleep_for(milliseconds(30));
       pthread_kill(main, SIGUSR1);
       std::this_thread::sleep_for(milliseconds(30));
       EXPECT_EQ(write(pipe.ends[1], "x", 1), 1);
-    }).detach();
+    });
     EXPECT_TRUE(WaitForInput(pipe.ends[0]));
     EXPECT_GE(std::chrono::steady_clock::now() - start, milliseconds(50));
+    sender.join();
   });
 }
 
@@ -246,12 +247,13 @@ TEST(WaitForTakerTest, WaitsForAReaderAfterACancelToo) {
     const Pipe pipe;
     Fill(pipe);
     test::CancelIn(50);
-    std::thread([&pipe] {
+    std::thread reader([&pipe] {
       std::this_thread::sleep_for(milliseconds(300));
       char bytes[4096];
       EXPECT_EQ(read(pipe.ends[0], bytes, sizeof bytes), ssize_t{sizeof bytes});
-    }).detach();
+    });
     EXPECT_GE(SecondsOf([&] { EXPECT_TRUE(WaitForTaker(pipe.ends[1])); }), 0.25);
+    reader.join();
     EXPECT_TRUE(CancelRequested());
   });
 }
