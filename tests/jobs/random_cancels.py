@@ -14,8 +14,8 @@ from job import Job, run_together
 
 GOOD = record.record()
 BUSY = record.record(state="B")
-EMPTY_BIN = record.record(state="B", error=0x24)
-UNWELL = [record.record(error=0x10), record.record(error=0x24), EMPTY_BIN, record.record(align=1)]
+EMPTY_BINS = [record.record(state=state, error=0x24) for state in "IBE"]
+UNWELL = [record.record(error=0x10), record.record(align=1)] + EMPTY_BINS
 ENDS = ("     Ready to print.", "     No pages found!", "     Job Cancelled")
 BLOCK = bytes(2000)
 
@@ -40,9 +40,9 @@ KINDS = {
     "a printer that says little": Kind(says([GOOD, BUSY] + UNWELL, [0.5, 1, 2, 3.5])),
     "a silent printer": Kind(lambda p, luck: p.silence()),
     "a full printer": Kind(says([BUSY], [3.5, 16]), takes="little"),
-    "an empty bin": Kind(says([EMPTY_BIN, record.record(error=0x24)], [1, 3.5, 16])),
+    "an empty bin": Kind(says(EMPTY_BINS, [1, 3.5, 16])),
     "a hanging utility": Kind(says(UNWELL, [3.5, 16]), utility=("silent", "full", "drip")),
-    "a backend that takes nothing": Kind(says([GOOD, EMPTY_BIN], [3.5, 16]), takes="nothing",
+    "a backend that takes nothing": Kind(says([GOOD] + EMPTY_BINS, [3.5, 16]), takes="nothing",
                                          limit=LIMIT_WITHOUT_A_READER),
 }
 
