@@ -6,26 +6,37 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <chrono>
+#include <climits>
+#include <cstdint>
+#include <optional>
 
 namespace zr7700 {
 namespace {
 
-// Written by the signal handler.
-std::atomic<bool> requested = false;
-static_assert(std::atomic<bool>::is_always_lock_free);
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+// The clock at the first SIGTERM; 0 before. Written by the signal handler.
+std::atomic<int64_t> requested_at = 0;
+static_assert(std::atomic<int64_t>::is_always_lock_free);
 
 // Constant once the handler is installed; the read end stays readable after a cancel. Poll passes
 // over a negative descriptor.
 int wake_read = -1;
 int wake_write = -1;
+void (*call_at_once)() = nullptr;
 
 extern "C" void HandleTerminate(int) {
   const int saved_errno = errno;
-  requested.store(true);
+  int64_t never = 0;
+  requested_at.compare_exchange_strong(never, Clock::now().time_since_epoch().count());
   const char wake = 0;
   [[maybe_unused]] const ssize_t written = write(wake_write, &wake, 1);
+  if (call_at_once != nullptr) call_at_once();
   errno = saved_errno;
 }
 
@@ -47,28 +58,73 @@ sigset_t TerminateSet() {
   return set;
 }
 
-// Waits for `events` of the descriptor; false when a cancel came first.
-bool WaitFor(int descriptor, short events) {
-  pollfd watched[] = {{descriptor, events, 0}, {wake_read, POLLIN, 0}};
-  while (!requested.load()) {
-    if (poll(watched, 2, -1) < 0 && errno != EINTR && errno != EAGAIN) return true;
-    if (watched[0].revents != 0 && !requested.load()) return true;
-  }
-  return false;
+// Nothing stands for a wait without end.
+using Deadline = std::optional<Clock::time_point>;
+
+enum class Heed { kCancel, kNothing };
+
+// For poll: rounded up, so that the last step is no busy loop; -1 without end.
+int LeftUntil(const Deadline& deadline) {
+  if (!deadline) return -1;
+  const auto left = std::chrono::ceil<milliseconds>(*deadline - Clock::now()).count();
+  return static_cast<int>(std::clamp<int64_t>(left, 0, INT_MAX));
 }
+
+// The one wait of the job, begun anew whenever a signal interrupts it. An error of the descriptor
+// counts as ready: whoever uses it then meets that error.
+WaitEnd WaitFor(int descriptor, short events, const Deadline& deadline, Heed heed) {
+  pollfd watched[] = {{descriptor, events, 0}, {heed == Heed::kCancel ? wake_read : -1, POLLIN, 0}};
+  const auto cancelled = [heed] { return heed == Heed::kCancel && CancelRequested(); };
+  while (!cancelled()) {
+    const int left_ms = LeftUntil(deadline);
+    const int ready = poll(watched, 2, left_ms);
+    if (cancelled()) break;
+    if (ready < 0 && errno != EINTR && errno != EAGAIN) return WaitEnd::kReady;
+    if (ready > 0 && watched[0].revents != 0) return WaitEnd::kReady;
+    if (left_ms == 0) return WaitEnd::kTimeOver;
+  }
+  return WaitEnd::kCancelled;
+}
+
+Clock::time_point In(int limit_ms) { return Clock::now() + milliseconds(limit_ms); }
+
+Clock::time_point LastOutput() {
+  return Clock::time_point(Clock::duration(requested_at.load())) +
+         milliseconds(kLastOutputLimit_ms);
+}
+
+bool IsReady(WaitEnd end) { return end == WaitEnd::kReady; }
 
 }  // namespace
 
-void InstallCancelHandler() {
+void InstallCancelHandler(void (*at_once)()) {
   OpenWakePipe();
+  call_at_once = at_once;
   signal(SIGTERM, HandleTerminate);
 }
 
-bool CancelRequested() { return requested.load(); }
+bool CancelRequested() { return requested_at.load() != 0; }
 
-bool WaitForInput(int descriptor) { return WaitFor(descriptor, POLLIN); }
+bool WaitForInput(int descriptor) {
+  return IsReady(WaitFor(descriptor, POLLIN, {}, Heed::kCancel));
+}
 
-bool WaitForRoom(int descriptor) { return WaitFor(descriptor, POLLOUT); }
+bool WaitForRoom(int descriptor) {
+  return IsReady(WaitFor(descriptor, POLLOUT, {}, Heed::kCancel));
+}
+
+WaitEnd WaitForInput(int descriptor, int limit_ms) {
+  return WaitFor(descriptor, POLLIN, In(limit_ms), Heed::kCancel);
+}
+
+bool WaitForLastInput(int descriptor, int limit_ms) {
+  return IsReady(WaitFor(descriptor, POLLIN, In(limit_ms), Heed::kNothing));
+}
+
+bool WaitForTaker(int descriptor) {
+  return WaitForRoom(descriptor) ||
+         IsReady(WaitFor(descriptor, POLLOUT, LastOutput(), Heed::kNothing));
+}
 
 CancelBlock::CancelBlock() {
   const sigset_t terminate = TerminateSet();

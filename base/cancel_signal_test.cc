@@ -11,9 +11,12 @@
 
 #include <cerrno>
 #include <chrono>
+#include <functional>
 #include <thread>
 
+#include "tests/support/later_cancel.h"
 #include "tests/support/own_process.h"
+#include "tests/support/signal_storm.h"
 
 namespace zr7700 {
 namespace {
@@ -33,13 +36,6 @@ struct Pipe {
   }
   int ends[2] = {-1, -1};
 };
-
-void TerminateMainThreadIn(milliseconds delay) {
-  std::thread([delay, main = pthread_self()] {
-    std::this_thread::sleep_for(delay);
-    pthread_kill(main, SIGTERM);
-  }).detach();
-}
 
 TEST(CancelHandler, WithoutItSigtermEndsTheProcess) {
   const pid_t child = fork();
@@ -120,7 +116,7 @@ TEST(WaitForInputTest, ACancelWakesIt) {
   test::InOwnProcess([] {
     InstallCancelHandler();
     const Pipe pipe;
-    TerminateMainThreadIn(milliseconds(50));
+    test::CancelIn(50);
     EXPECT_FALSE(WaitForInput(pipe.ends[0]));
     EXPECT_TRUE(CancelRequested());
   });
@@ -155,14 +151,124 @@ TEST(WaitForInputTest, IsNotWokenByOtherSignals) {
     signal(SIGUSR1, [](int) {});
     Pipe pipe;
     const auto start = std::chrono::steady_clock::now();
-    std::thread([&pipe, main = pthread_self()] {
+    std::thread sender([&pipe, main = pthread_self()] {
       std::this_thread::sleep_for(milliseconds(30));
       pthread_kill(main, SIGUSR1);
       std::this_thread::sleep_for(milliseconds(30));
       EXPECT_EQ(write(pipe.ends[1], "x", 1), 1);
-    }).detach();
+    });
     EXPECT_TRUE(WaitForInput(pipe.ends[0]));
     EXPECT_GE(std::chrono::steady_clock::now() - start, milliseconds(50));
+    sender.join();
+  });
+}
+
+TEST(CancelHandler, CallsWhatIsToBeDoneAtOnce) {
+  test::InOwnProcess([] {
+    static volatile sig_atomic_t calls = 0;
+    InstallCancelHandler([] { calls = calls + 1; });
+    EXPECT_EQ(calls, 0);
+    raise(SIGTERM);
+    EXPECT_EQ(calls, 1);
+  });
+}
+
+double SecondsOf(const std::function<void()>& action) {
+  const auto start = std::chrono::steady_clock::now();
+  action();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+TEST(WaitWithALimit, TellsOfInput) {
+  Pipe pipe;
+  ASSERT_EQ(write(pipe.ends[1], "x", 1), 1);
+  EXPECT_EQ(WaitForInput(pipe.ends[0], 0), WaitEnd::kReady);
+  EXPECT_EQ(WaitForInput(pipe.ends[0], 10'000), WaitEnd::kReady);
+}
+
+TEST(WaitWithALimit, EndsWithTheLimit) {
+  const Pipe pipe;
+  const double waited_s =
+      SecondsOf([&] { EXPECT_EQ(WaitForInput(pipe.ends[0], 200), WaitEnd::kTimeOver); });
+  EXPECT_GE(waited_s, 0.2);
+  EXPECT_LT(waited_s, 1.0);
+}
+
+TEST(WaitWithALimit, ADescriptorBelowZeroNeverHasInput) {
+  EXPECT_EQ(WaitForInput(-1, 1), WaitEnd::kTimeOver);
+}
+
+TEST(WaitWithALimit, OtherSignalsNeitherEndNorLengthenIt) {
+  test::InOwnProcess([] {
+    const Pipe pipe;
+    const test::SignalStorm storm;
+    const double waited_s =
+        SecondsOf([&] { EXPECT_EQ(WaitForInput(pipe.ends[0], 300), WaitEnd::kTimeOver); });
+    EXPECT_GE(waited_s, 0.3);
+    EXPECT_LT(waited_s, 1.0);
+    EXPECT_GT(test::SignalStorm::Count(), 20);
+  });
+}
+
+TEST(WaitWithALimit, ACancelEndsIt) {
+  test::InOwnProcess([] {
+    InstallCancelHandler();
+    const Pipe pipe;
+    test::CancelIn(50);
+    EXPECT_LT(
+        SecondsOf([&] { EXPECT_EQ(WaitForInput(pipe.ends[0], 20'000), WaitEnd::kCancelled); }),
+        5.0);
+    EXPECT_EQ(WaitForInput(pipe.ends[0], 20'000), WaitEnd::kCancelled);
+  });
+}
+
+TEST(WaitForLastInputTest, GoesOnAfterACancel) {
+  test::InOwnProcess([] {
+    InstallCancelHandler();
+    raise(SIGTERM);
+    Pipe pipe;
+    EXPECT_GE(SecondsOf([&] { EXPECT_FALSE(WaitForLastInput(pipe.ends[0], 200)); }), 0.2);
+    ASSERT_EQ(write(pipe.ends[1], "x", 1), 1);
+    EXPECT_TRUE(WaitForLastInput(pipe.ends[0], 20'000));
+  });
+}
+
+// Puts as much into the pipe as it takes.
+void Fill(const Pipe& pipe) {
+  fcntl(pipe.ends[1], F_SETFL, O_NONBLOCK);
+  const char bytes[4096] = {};
+  while (write(pipe.ends[1], bytes, sizeof bytes) > 0) {
+  }
+}
+
+TEST(WaitForTakerTest, WaitsForAReaderAfterACancelToo) {
+  test::InOwnProcess([] {
+    InstallCancelHandler();
+    const Pipe pipe;
+    Fill(pipe);
+    test::CancelIn(50);
+    std::thread reader([&pipe] {
+      std::this_thread::sleep_for(milliseconds(300));
+      char bytes[4096];
+      EXPECT_EQ(read(pipe.ends[0], bytes, sizeof bytes), ssize_t{sizeof bytes});
+    });
+    EXPECT_GE(SecondsOf([&] { EXPECT_TRUE(WaitForTaker(pipe.ends[1])); }), 0.25);
+    reader.join();
+    EXPECT_TRUE(CancelRequested());
+  });
+}
+
+TEST(WaitForTakerTest, GivesUpTwentySecondsAfterTheCancel) {
+  test::InOwnProcess([] {
+    InstallCancelHandler();
+    const Pipe pipe;
+    Fill(pipe);
+    raise(SIGTERM);
+    const double waited_s = SecondsOf([&] { EXPECT_FALSE(WaitForTaker(pipe.ends[1])); });
+    EXPECT_GE(waited_s, 19.9);
+    EXPECT_LT(waited_s, 21.5);
+    // The time is counted from the cancel, not from the call.
+    EXPECT_LT(SecondsOf([&] { EXPECT_FALSE(WaitForTaker(pipe.ends[1])); }), 1.0);
   });
 }
 

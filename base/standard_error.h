@@ -1,4 +1,5 @@
-// Standard error, on which CUPS listens: it acts on whole lines.
+// Standard error, on which CUPS listens: it acts on whole lines. A text goes out whole, and waits
+// for CUPS as WaitForTaker (cancel_signal.h) does.
 //
 // All functions: the main thread or the status thread, never both at once.
 // SPDX-FileCopyrightText: The rastertoZR7700 authors

@@ -2,13 +2,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "driver/job.h"
 
-#include <unistd.h>
-
 #include <cstdio>
 #include <cstdlib>
 
 #include "base/log.h"
 #include "base/paths.h"
+#include "base/printer_output.h"
 #include "base/settings.h"
 #include "driver/command_line.h"
 #include "driver/page_loop.h"
@@ -28,7 +27,7 @@ namespace zr7700 {
 namespace {
 
 constexpr int kArgumentsWithFile = 7;
-constexpr unsigned kBusyPause_s = 2;
+constexpr int kBusyPause_ms = 2000;
 constexpr int kIdleLimit_s = 20;
 constexpr int kFinalReads = 10;
 
@@ -48,7 +47,7 @@ void TakeJobOptions(const FilterArgs& arguments) {
 
 void WaitForPrinter() {
   LogMessage(kLogDetail, "**** Wait until printer Busy");
-  sleep(kBusyPause_s);
+  PauseJob(kBusyPause_ms);
   LogMessage(kLogDetail, "**** Wait until printer not Busy\n");
   PrinterStatusRecord record = {};
   WaitForPrinterState(record, kStateIdle, true, kIdleLimit_s);
@@ -71,11 +70,18 @@ int EndJob(int page_count) {
   return EXIT_SUCCESS;
 }
 
+// What a job that ends early has left in the buffer goes out as at the end of any other.
+void FlushAtExit() {
+  if (HasBufferedOutput()) FlushEngineOutput();
+  EndOutputBuffer();
+}
+
 // From here on SIGTERM cancels the job in order, also one whose output waits for the printer, and
 // one that ends before it has noticed.
 void PrepareCancel() {
   InstallJobCancel();
   SetOutputWait(WaitForOutput);
+  atexit(FlushAtExit);
 }
 
 }  // namespace

@@ -2,8 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "driver/page_loop.h"
 
-#include <unistd.h>
-
 #include <cerrno>
 
 #include "base/log.h"
@@ -22,7 +20,7 @@ namespace zr7700 {
 namespace {
 
 constexpr unsigned kLinesPerReport = 128;
-constexpr useconds_t kThreadStart_us = 200'000;
+constexpr int kThreadStart_ms = 200;
 
 enum class LineRead { kRead, kNoMoreData, kCancelled };
 
@@ -85,7 +83,7 @@ bool SendLines(cups_raster_t* raster, const cups_page_header2_t& header, int pag
 bool PrintOpenPage(cups_raster_t* raster, const cups_page_header2_t& header, int page,
                    bool suppress_utility, LineBuffers& buffers) {
   StartStatusThread(suppress_utility);
-  usleep(kThreadStart_us);
+  PauseJob(kThreadStart_ms);
   bool ok = SendLines(raster, header, page, buffers);
   LogMessage(kLogDetail, "     Finished page %d...", page);
   ok = ok && EndPage();

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "base/cancel_signal.h"
+#include "tests/support/later_cancel.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/own_process.h"
 #include "tests/support/temporary_folder.h"
@@ -168,10 +169,7 @@ void CancelWhileReading(size_t count, const std::function<void(cups_raster_t*)>&
   dup2(ends[0], 0);
   ASSERT_EQ(write(ends[1], page.data(), count), static_cast<ssize_t>(count));
   InstallCancelHandler();
-  std::thread([main = pthread_self()] {
-    std::this_thread::sleep_for(milliseconds(100));
-    pthread_kill(main, SIGTERM);
-  }).detach();
+  test::CancelIn(100);
   OpenedRaster opened;
   cups_raster_t*& raster = opened.stream;
   ASSERT_TRUE(OpenRaster(nullptr, raster));

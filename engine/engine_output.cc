@@ -5,9 +5,9 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <span>
 
+#include "base/printer_output.h"
 #include "engine/feed_command.h"
 #include "engine/job_variables.h"
 
@@ -15,7 +15,7 @@ namespace zr7700 {
 
 namespace {
 
-// Small enough for a pipe that says it is ready to take it, and standard output's buffer, whole.
+// Small enough for a pipe that says it is ready to take it.
 constexpr size_t kPieceBytes = 2048;
 
 // Main thread only.
@@ -31,7 +31,7 @@ void SetOutputWait(OutputWait wait) { wait_for_output = wait; }
 
 void FlushEngineOutput() {
   Wait();
-  fflush(stdout);
+  FlushPrinterOutput();
 }
 
 void WriteEngineOutput(void* context, uint8_t* data, uint32_t length_bytes) noexcept {
@@ -42,7 +42,7 @@ void WriteEngineOutput(void* context, uint8_t* data, uint32_t length_bytes) noex
   for (std::span<const uint8_t> rest(data, length_bytes); !rest.empty();) {
     const std::span<const uint8_t> piece = rest.first(std::min(rest.size(), kPieceBytes));
     Wait();
-    [[maybe_unused]] const size_t written = fwrite(piece.data(), 1, piece.size(), stdout);
+    WritePrinterOutput(piece);
     rest = rest.subspan(piece.size());
   }
 }

@@ -13,7 +13,7 @@ namespace zr7700 {
 using OutputWait = void (*)(int descriptor);
 
 // Sets what is called before every piece that is written: a printer is slow, and a job is cancelled
-// while its output waits more often than not. Without one, writing simply blocks. Main thread.
+// while its output waits more often than not. Without one, writing simply waits. Main thread.
 void SetOutputWait(OutputWait wait);
 
 // The engine's output callback. Applies the feed adjustment to the block (feed_command.h) and

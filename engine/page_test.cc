@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "engine/engine_entries.h"
+#include "engine/engine_output.h"
 #include "engine/job_variables.h"
 #include "tests/support/job_test.h"
 #include "tests/support/recorded_engine.h"
@@ -227,7 +228,10 @@ TEST_F(PageTest, WithoutAClipTableNothingIsWritten) {
 }
 
 TEST_F(PageTest, PrintHeaderGoesOutBeforeAnythingOfTheEngine) {
-  engine_.During("HPEStartPage", [] { fputs("engine", stdout); });
+  engine_.During("HPEStartPage", [] {
+    uint8_t block[] = {'e', 'n', 'g', 'i', 'n', 'e'};
+    WriteEngineOutput(nullptr, block, sizeof block);
+  });
   ASSERT_TRUE(Start());
   EXPECT_EQ(output_,
             std::string("\x1B\x0B\x0E\1\1\1\x09\xE8\xC6\x10\0\0\0\0\0\xFE", 16) + "engine");

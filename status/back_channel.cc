@@ -6,6 +6,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "base/cancel_signal.h"
+#include "base/pause.h"
+
 namespace zr7700 {
 namespace {
 
@@ -29,11 +32,18 @@ void PrepareBackChannel() {
 }
 
 ssize_t ReadBackChannel(std::span<uint8_t> buffer, double timeout_s) {
+  const int timeout_ms = static_cast<int>(timeout_s * 1e3);
   if (!is_open) {
-    usleep(static_cast<useconds_t>(timeout_s * 1e6));
+    Pause(timeout_ms);
     return -1;
   }
-  return cupsBackChannelRead(reinterpret_cast<char*>(buffer.data()), buffer.size(), timeout_s);
+  // Waited for here, where a cancel ends the waiting, and not by the library.
+  if (timeout_ms > 0) WaitForInput(kBackChannel, timeout_ms);
+  return cupsBackChannelRead(reinterpret_cast<char*>(buffer.data()), buffer.size(), 0.0);
+}
+
+void WaitForLastRecord(double limit_s) {
+  if (is_open) WaitForLastInput(kBackChannel, static_cast<int>(limit_s * 1e3));
 }
 
 }  // namespace zr7700

@@ -18,8 +18,12 @@ void PrepareBackChannel();
 
 // Reads up to `buffer.size()` bytes, waiting up to `timeout_s` seconds for the first of them. The
 // number of bytes read, 0 at the channel's end, or -1 when nothing came. A channel that was closed
-// when the job began is a printer that never answers: -1, after the wait. One thread at a time.
+// when the job began is a printer that never answers: -1, after the wait. A cancel ends the wait;
+// what has come by then is read. One thread at a time.
 ssize_t ReadBackChannel(std::span<uint8_t> buffer, double timeout_s);
+
+// Waits up to `limit_s` seconds for bytes, cancelled or not. One thread at a time.
+void WaitForLastRecord(double limit_s);
 
 }  // namespace zr7700
 

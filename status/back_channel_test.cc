@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,8 +13,10 @@
 #include <ctime>
 #include <thread>
 
+#include "base/cancel_signal.h"
 #include "status/test_back_channel.h"
 #include "status/test_records.h"
+#include "tests/support/later_cancel.h"
 #include "tests/support/own_process.h"
 
 namespace zr7700 {
@@ -143,6 +146,46 @@ TEST(ReadBackChannelTest, ABlockingChannelIsNotWaitedForLonger) {
     PrinterStatusRecord read;
     EXPECT_EQ(ReadBackChannel(read, 0.1), -1);
     EXPECT_LT(SecondsSince(start), 1.0);
+  });
+}
+
+TEST(ReadBackChannelTest, ACancelEndsTheWait) {
+  test::InOwnProcess([] {
+    InstallCancelHandler();
+    const test::BackChannel channel;
+    test::CancelIn(50);
+    const Clock::time_point start = Clock::now();
+    PrinterStatusRecord read;
+    EXPECT_EQ(ReadBackChannel(read, 20.0), -1);
+    EXPECT_LT(SecondsSince(start), 5.0);
+  });
+}
+
+TEST(ReadBackChannelTest, ACancelledJobReadsWhatIsThere) {
+  test::InOwnProcess([] {
+    InstallCancelHandler();
+    raise(SIGTERM);
+    const test::BackChannel channel;
+    channel.Send(std::array<uint8_t, 2>{1, 2});
+    const Clock::time_point start = Clock::now();
+    PrinterStatusRecord read;
+    EXPECT_EQ(ReadBackChannel(read, 20.0), 2);
+    EXPECT_EQ(ReadBackChannel(read, 20.0), -1);
+    EXPECT_LT(SecondsSince(start), 5.0);
+  });
+}
+
+TEST(ReadBackChannelTest, ACancelledJobDoesNotWaitAtAClosedChannel) {
+  test::InOwnProcess([] {
+    InstallCancelHandler();
+    raise(SIGTERM);
+    close(3);
+    PrepareBackChannel();
+    const Clock::time_point start = Clock::now();
+    PrinterStatusRecord read;
+    EXPECT_EQ(ReadBackChannel(read, 20.0), -1);
+    WaitForLastRecord(20.0);
+    EXPECT_LT(SecondsSince(start), 5.0);
   });
 }
 

@@ -4,12 +4,12 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <span>
 #include <string_view>
 
 #include "base/log.h"
+#include "base/printer_output.h"
 #include "status/back_channel.h"
 #include "status/unix_socket.h"
 
@@ -54,8 +54,8 @@ void WriteToPrinter(int connection, size_t count, Buffer& buffer) {
   Clear(buffer);
   if (ReceiveBytes(connection, DataOf(buffer)) > 0) {
     LogMessage(kLogMilestone, "Writing data to printer");
-    [[maybe_unused]] const size_t written = fwrite(buffer, 1, count, stdout);
-    fflush(stdout);
+    WritePrinterOutput({reinterpret_cast<const uint8_t*>(buffer), count});
+    FlushPrinterOutput();
   }
   Acknowledge(connection);
 }

@@ -4,7 +4,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <signal.h>
 
 #include <chrono>
 #include <functional>
@@ -15,6 +14,7 @@
 #include "base/cancel_signal.h"
 #include "status/test_back_channel.h"
 #include "status/test_socket.h"
+#include "tests/support/later_cancel.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/own_process.h"
 #include "tests/support/stream_capture.h"
@@ -299,10 +299,7 @@ TEST_F(DeviceRelay, ACancelEndsTheWaitForACommand) {
   test::InOwnProcess([] {
     InstallCancelHandler();
     const test::SocketPair pair;
-    std::thread([main = pthread_self()] {
-      std::this_thread::sleep_for(std::chrono::milliseconds(100));
-      pthread_kill(main, SIGTERM);
-    }).detach();
+    test::CancelIn(100);
     EXPECT_EQ(RelayDeviceData(pair.filter.get()), -1);
   });
 }
@@ -313,10 +310,7 @@ TEST_F(DeviceRelay, ACancelEndsTheWaitForData) {
     const test::LogCapture log;
     const test::SocketPair pair;
     pair.utility.Send(WithNul("WriteDeviceData 5"));
-    std::thread([main = pthread_self()] {
-      std::this_thread::sleep_for(std::chrono::milliseconds(100));
-      pthread_kill(main, SIGTERM);
-    }).detach();
+    test::CancelIn(100);
     EXPECT_EQ(RelayDeviceData(pair.filter.get()), -1);
     EXPECT_THAT(log.Lines(), Not(Contains("Writing data to printer")));
   });

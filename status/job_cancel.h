@@ -6,21 +6,23 @@
 
 namespace zr7700 {
 
-// Makes SIGTERM cancel the job from now on. A process that exits with a cancel pending still brings
-// the cancel's effects about. Main thread, once.
+// Makes SIGTERM cancel the job from now on. The shared status memory's name goes at once, wherever
+// the job is; the rest at the next TakeCancel(). A process that exits with a cancel pending still
+// brings the cancel's effects about. Main thread, once.
 void InstallJobCancel();
 
 // Takes note of a requested cancel: the first call after SIGTERM stops and joins the status thread
 // and releases the shared status memory. True once the job is cancelled; CancelRequested() asks
-// without any effect. The first call takes as long as the thread's last read and notice do: some 3
-// seconds with a silent printer, and up to 20 more when the utility neither accepts nor answers.
-// Main thread.
+// without any effect. The first call takes as long as what the thread has begun: less than a
+// second, for none of its waits outlasts a cancel. Main thread.
 bool TakeCancel();
 
-// Waits until `descriptor` takes output without blocking, or can take none any more. A cancel that
-// comes meanwhile has its effects at once; the waiting then goes on, but a reader that takes
-// nothing for 20 seconds is given up: what is written to `descriptor` after that is discarded. Main
-// thread.
+// Sleeps for `length_ms` (pause.h). A cancel ends it and has its effects at once: false then, and
+// whenever the job is cancelled. Main thread.
+bool PauseJob(int length_ms);
+
+// Waits until `descriptor` takes output without blocking, or can take none any more, or the job is
+// cancelled: the cancel then has had its effects. Main thread.
 void WaitForOutput(int descriptor);
 
 }  // namespace zr7700

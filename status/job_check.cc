@@ -2,8 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "status/job_check.h"
 
-#include <unistd.h>
-
 #include "base/cancel_signal.h"
 #include "base/log.h"
 #include "base/standard_error.h"
@@ -20,6 +18,7 @@ namespace {
 
 constexpr int kFirstCheckRetries = 15;
 constexpr int kPageRetries = 5;
+constexpr int kBetweenPasses_ms = 1000;
 
 // What one call of the check knows from pass to pass.
 struct Check {
@@ -145,9 +144,10 @@ bool FinishCheck(const Check& check, int page) {
   return page != 0 || LoadEngine(check.record);
 }
 
-// Counts a reading that failed; false, logged, when it was one too many.
+// Counts a reading that failed; false, logged, when it was one too many. One that a cancel has cut
+// short does not count.
 bool TakeRetry(Check& check) {
-  if (check.retries-- > 0) return true;
+  if (CancelRequested() || check.retries-- > 0) return true;
   LogMessage(kLogMilestone, "     StartOfPageJobCheck get status retries failed");
   return false;
 }
@@ -157,7 +157,7 @@ bool TakeRetry(Check& check) {
 bool StartOfPageJobCheck(int page) {
   LogMessage(kLogMilestone, "     StartOfPageJobCheck");
   Check check = {.retries = page == 0 ? kFirstCheckRetries : kPageRetries};
-  for (;; sleep(1)) {
+  for (;; PauseJob(kBetweenPasses_ms)) {
     check.in_error = false;
     if (TakeCancel()) {
       LogMessage(kLogMilestone, "     Job Cancelled");

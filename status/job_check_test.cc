@@ -429,6 +429,20 @@ TEST_F(JobCheck, ACancelEndsAnErrorAtTheNextPass) {
   });
 }
 
+// The sixth failed read would be one too many.
+TEST_F(JobCheck, AReadThatACancelCutShortIsNoFailedOne) {
+  test::InOwnProcess([this] {
+    InstallCancelHandler();
+    test::ScriptPrinter({std::nullopt});
+    test::OnStatusRequest([] {
+      if (test::StatusRequests() == 5) raise(SIGTERM);
+    });
+    EXPECT_FALSE(StartOfPageJobCheck(1));
+    EXPECT_EQ(test::StatusRequests(), 6);
+    EXPECT_EQ(log_.Lines().back(), "     Job Cancelled");
+  });
+}
+
 TEST_F(JobCheck, ACancelDuringTheReadSkipsAlignmentAndInk) {
   test::InOwnProcess([this] {
     InstallCancelHandler();

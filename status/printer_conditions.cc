@@ -11,6 +11,9 @@ namespace {
 // From the last record of a printer that was not busy.
 uint32_t PrinterErrorWord = 0;
 
+// Every record that was read has a start mark.
+bool IsFilled(const PrinterStatusRecord& record) { return record.front() != 0; }
+
 }  // namespace
 
 uint32_t ReadErrorWord(PrinterStatusRecord& record) {
@@ -25,6 +28,7 @@ PrinterConditions ReadConditions() {
   PrinterStatusRecord record;
   PrinterConditions conditions;
   conditions.error_word = ReadErrorWord(record);
+  conditions.has_record = IsFilled(record);
   conditions.alignment_needed = AlignmentFlag(record) != 0;
   conditions.any = conditions.error_word != 0 || conditions.alignment_needed;
   conditions.paper_out = (conditions.error_word & kErrorBinEmpty) == kErrorBinEmpty;

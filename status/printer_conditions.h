@@ -18,6 +18,8 @@ struct PrinterConditions {
   uint32_t error_word = 0;
   // The printer reports an error, one of the above or another, or wants to be aligned.
   bool any = false;
+  // They come from a record just read; else it is what the last one left.
+  bool has_record = false;
 };
 
 // Reads a record into `record`, which is zero when none came, and returns the printer's error word:

@@ -150,5 +150,11 @@ TEST(ReadConditions, ABusyRecordStillTellsOfTheAlignment) {
   EXPECT_EQ(busy.error_word, 0U);
 }
 
+TEST(ReadConditionsTest, TellWhetherARecordCame) {
+  test::ScriptPrinter({MakeRecord(), std::nullopt});
+  EXPECT_TRUE(ReadConditions().has_record);
+  EXPECT_FALSE(ReadConditions().has_record);
+}
+
 }  // namespace
 }  // namespace zr7700

@@ -2,8 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "status/state_wait.h"
 
-#include <unistd.h>
-
 #include <cmath>
 #include <optional>
 
@@ -16,6 +14,7 @@ namespace zr7700 {
 namespace {
 
 constexpr double kLongestSilence_s = 3.0;
+constexpr int kBetweenReads_ms = 1000;
 
 // The clock in whole seconds.
 double WholeNow() { return std::floor(platform::Now()); }
@@ -52,8 +51,9 @@ bool WaitForPrinterState(PrinterStatusRecord& record, char state, bool equal, in
       LogMessage(kLogMilestone, "WaitForPrinterState Job Cancelled");
       return false;
     }
-    sleep(1);
+    PauseJob(kBetweenReads_ms);
   }
+  TakeCancel();
   LogMessage(kLogDetail, "WaitForPrinterState RETURNING (%u)", *result ? 1U : 0U);
   return *result;
 }

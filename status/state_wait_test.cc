@@ -212,5 +212,19 @@ TEST_F(WaitForPrinterStateTest, SilenceCountsFromTheLastRecordsWholeSecond) {
   EXPECT_EQ(test::StatusRequests(), 5);
 }
 
+TEST_F(WaitForPrinterStateTest, ACancelEndsThePause) {
+  test::InOwnProcess([] {
+    const test::LogCapture log;
+    InstallCancelHandler();
+    test::ResetSleeps();
+    test::OnSleep([] { raise(SIGTERM); });
+    test::ScriptPrinter({InState('B')});
+    PrinterStatusRecord record = {};
+    EXPECT_FALSE(WaitForPrinterState(record, 'I', true, 20));
+    EXPECT_EQ(test::StatusRequests(), 2);  // the pass that was begun
+    EXPECT_EQ(log.Lines().back(), "WaitForPrinterState Job Cancelled");
+  });
+}
+
 }  // namespace
 }  // namespace zr7700

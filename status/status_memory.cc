@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 
 #include "base/paths.h"
@@ -22,6 +23,11 @@ struct StatusMemory {
   size_t size_bytes = 0;
 };
 StatusMemory memory;
+
+// The object's name is this job's to remove: what comes after that is another job's. Written by the
+// main thread and the signal handler.
+std::atomic<bool> has_name = false;
+static_assert(std::atomic<bool>::is_always_lock_free);
 
 bool IsOurs(int descriptor) {
   struct stat info;
@@ -69,6 +75,7 @@ bool CreateStatusMemory(size_t size_bytes) {
     memory.descriptor = -1;
   }
   if (memory.descriptor < 0) return false;
+  has_name = true;
   MakeReadable(memory.descriptor);
   if (Reserve(memory.descriptor, memory.size_bytes)) {
     memory.mapping = Map(memory.descriptor, memory.size_bytes);
@@ -91,12 +98,18 @@ void ReadPublishedStatus(PrinterStatusRecord& record) {
   memcpy(record.data(), memory.mapping, memory.size_bytes);
 }
 
+// POSIX names unlink, not shm_unlink, among what a signal handler may call; here it is a system
+// call behind a name put together on the stack.
+void UnlinkStatusMemory() {
+  if (has_name.exchange(false)) shm_unlink(paths::kStatusMemory);
+}
+
 void CloseStatusMemory() {
   if (memory.descriptor < 0) return;
   close(memory.descriptor);
   if (memory.mapping != nullptr) munmap(memory.mapping, memory.size_bytes);
   memory = StatusMemory{};
-  shm_unlink(paths::kStatusMemory);
+  UnlinkStatusMemory();
 }
 
 }  // namespace zr7700

@@ -24,6 +24,11 @@ void PublishStatus(const PrinterStatusRecord& record);
 // Copies what the object holds into the record; does nothing without one.
 void ReadPublishedStatus(PrinterStatusRecord& record);
 
+// Removes the object's name, so that nobody finds it any more and it goes with this process,
+// however that ends; what holds it here stays. Does nothing the second time. Any thread, a signal
+// handler too.
+void UnlinkStatusMemory();
+
 // Gives the object up and removes its name; does nothing the second time.
 void CloseStatusMemory();
 

@@ -188,5 +188,24 @@ TEST_F(StatusMemory, ThatWasCutShortGetsTheNextRecordWhole) {
 }
 #endif
 
+TEST_F(StatusMemory, WithoutItsNameItIsStillThisJobs) {
+  ASSERT_TRUE(CreateStatusMemory(144));
+  UnlinkStatusMemory();
+  EXPECT_FALSE(test::LookAtMemory());
+  PublishStatus(MakeRecord({.serial = 5}));
+  PrinterStatusRecord record = {};
+  ReadPublishedStatus(record);
+  EXPECT_EQ(record, MakeRecord({.serial = 5}));
+}
+
+TEST_F(StatusMemory, TheNameIsRemovedOnce) {
+  ASSERT_TRUE(CreateStatusMemory(144));
+  UnlinkStatusMemory();
+  LeaveObject(144);  // another job's
+  UnlinkStatusMemory();
+  CloseStatusMemory();
+  EXPECT_TRUE(test::LookAtMemory());
+}
+
 }  // namespace
 }  // namespace zr7700

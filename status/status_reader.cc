@@ -2,12 +2,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "status/status_reader.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cmath>
 
 #include "base/log.h"
+#include "base/pause.h"
 #include "platform/platform.h"
 #include "status/back_channel.h"
 #include "status/status_memory.h"
@@ -19,7 +18,11 @@ constexpr double kRecordsPerSecond = 4.0 * 4.0;
 constexpr int kMostDrained = 50;
 constexpr double kDrainWait_s = 0.3;
 constexpr double kLimit_s = 3.0;
-constexpr useconds_t kRetryPause_us = 100'000;
+constexpr int kRetryPause_ms = 100;
+
+// A cancelled job waits for no more than one record, and no longer than this: long enough for a
+// printer that is well, short enough for a silent one. Its last word is what stays shown.
+constexpr double kLastRecordLimit_s = 0.5;
 
 // Seconds on the platform's clock of the last valid record or of the last drain; 0 before either.
 double LastStatusTime = 0.0;
@@ -56,6 +59,16 @@ void Realign(const PrinterStatusRecord& buffer, ssize_t count) {
   ReadBackChannel(std::span(scratch).first(*start), kDrainWait_s);
 }
 
+// One read; true when it brought a valid record.
+bool TryToRead(PrinterStatusRecord& buffer) {
+  const ssize_t count = ReadBackChannel(buffer, 0.0);
+  LogMessage(kLogDetail, "     Read %i bytes cartridgeID: 0x%x", static_cast<int>(count),
+             static_cast<uint8_t>(CartridgeLetter(buffer)));
+  if (count == ssize_t{kStatusRecordBytes} && IsWellFormed(buffer)) return true;
+  Realign(buffer, count);
+  return false;
+}
+
 }  // namespace
 
 bool ClearBackChannelBuffer() {
@@ -76,21 +89,20 @@ bool ReadPrinterStatus(PrinterStatusRecord& record) {
   // Whole seconds: the limit lies between 2 and 3 seconds of real time.
   const double start_s = std::floor(platform::Now());
   PrinterStatusRecord buffer = {};
+  bool is_last_try = false;
   for (;;) {
-    const ssize_t count = ReadBackChannel(buffer, 0.0);
-    LogMessage(kLogDetail, "     Read %i bytes cartridgeID: 0x%x", static_cast<int>(count),
-               static_cast<uint8_t>(CartridgeLetter(buffer)));
-    if (count == ssize_t{kStatusRecordBytes} && IsWellFormed(buffer)) {
+    if (TryToRead(buffer)) {
       LastStatusTime = platform::Now();
       record = buffer;
       return true;
     }
-    Realign(buffer, count);
+    if (is_last_try) return false;
     if (platform::Now() - start_s > kLimit_s) {
       LogMessage(kLogDetail, "     ## TIMED OUT TRYING TO GET STATUS FOR 3s ##");
       return false;
     }
-    usleep(kRetryPause_us);
+    is_last_try = !Pause(kRetryPause_ms);
+    if (is_last_try) WaitForLastRecord(kLastRecordLimit_s);
   }
 }
 

@@ -13,7 +13,7 @@
 namespace zr7700 {
 
 // Reads one valid record into `record` and publishes it in the shared status memory. False, with
-// `record` as it was, when none came within 2 to 3 seconds.
+// `record` as it was, when none came within 2 to 3 seconds, or within half a second after a cancel.
 bool GetPrinterStatus(PrinterStatusRecord& record);
 
 // The same without publishing.

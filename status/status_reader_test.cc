@@ -4,17 +4,21 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 
 #include <chrono>
 #include <cmath>
+#include <functional>
 #include <thread>
 #include <vector>
 
+#include "base/cancel_signal.h"
 #include "platform/platform.h"
 #include "status/back_channel.h"
 #include "status/test_back_channel.h"
 #include "status/test_clock.h"
 #include "status/test_records.h"
+#include "tests/support/later_cancel.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/own_process.h"
 
@@ -354,6 +358,73 @@ TEST_F(ReaderAtWork, TheLeastMoreThanThreeSecondsIsTheLimit) {
   PrinterStatusRecord record;
   EXPECT_FALSE(ReadsWhenTheClockStepsFrom200To(std::nextafter(203.0, 204.0), record));
   EXPECT_EQ(log_.Lines().back(), kTimedOut);
+}
+
+// A reader that has just read a record, in a process of its own that is cancelled.
+class CancelledReader : public ReaderAtWork {
+ protected:
+  static void Cancel() {
+    InstallCancelHandler();
+    raise(SIGTERM);
+  }
+
+  static double SecondsOf(const std::function<void()>& action) {
+    const double start_s = platform::Now();
+    action();
+    return platform::Now() - start_s;
+  }
+};
+
+TEST_F(CancelledReader, GivesASilentPrinterHalfASecond) {
+  test::InOwnProcess([this] {
+    Cancel();
+    PrinterStatusRecord record = Numbered(9);
+    const double waited_s = SecondsOf([&] { EXPECT_FALSE(GetPrinterStatus(record)); });
+    EXPECT_GE(waited_s, 0.49);
+    EXPECT_LT(waited_s, 1.5);
+    EXPECT_EQ(record, Numbered(9));
+    // It has not timed out.
+    EXPECT_THAT(log_.Lines(), ElementsAre("Getting Status", "ClearBackChannelBuffer called",
+                                          "ClearBackChannelBuffer times to read: 0",
+                                          "ClearBackChannelBuffer returning 1",
+                                          "     Read -1 bytes cartridgeID: 0x0",
+                                          "     Read -1 bytes cartridgeID: 0x0", kFailed));
+  });
+}
+
+TEST_F(CancelledReader, TakesARecordThatComesWithinThat) {
+  test::InOwnProcess([this] {
+    Cancel();
+    std::thread printer([&] {
+      std::this_thread::sleep_for(std::chrono::milliseconds(200));
+      SendNumbered(1, 1);
+    });
+    PrinterStatusRecord record;
+    EXPECT_TRUE(GetPrinterStatus(record));
+    printer.join();
+    EXPECT_EQ(record, Numbered(1));
+  });
+}
+
+TEST_F(CancelledReader, DropsStaleRecordsWithoutWaitingForMore) {
+  test::InOwnProcess([this] {
+    Cancel();
+    SendNumbered(1, 20);
+    test::AdvanceClock(10);
+    EXPECT_LT(SecondsOf([] { EXPECT_FALSE(ClearBackChannelBuffer()); }), 0.25);
+    EXPECT_EQ(channel_.Unread(), 0);
+  });
+}
+
+TEST_F(CancelledReader, ACancelEndsTheReadThatHasBegun) {
+  test::InOwnProcess([this] {
+    InstallCancelHandler();
+    test::CancelIn(250);
+    PrinterStatusRecord record;
+    EXPECT_LT(SecondsOf([&] { EXPECT_FALSE(GetPrinterStatus(record)); }), 1.7);
+    EXPECT_THAT(log_.Lines(), Not(Contains(kTimedOut)));
+    EXPECT_EQ(log_.Lines().back(), kFailed);
+  });
 }
 
 }  // namespace

@@ -3,22 +3,24 @@
 #include "status/status_thread.h"
 
 #include <pthread.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <cstdint>
 
 #include "base/cancel_signal.h"
 #include "base/log.h"
+#include "base/pause.h"
 #include "status/condition_reports.h"
+#include "status/job_cancel.h"
 #include "status/printer_conditions.h"
 #include "status/utility_notices.h"
 
 namespace zr7700 {
 namespace {
 
-constexpr useconds_t kTick_us = 100'000;
+constexpr int kTick_ms = 100;
 constexpr unsigned kTicksPerRead = 8;
+constexpr int kBetweenLastReads_ms = 1000;
 
 // Shared with the thread: the main thread sets it, the thread reads it.
 std::atomic<bool> StatusThreadStop = false;
@@ -31,11 +33,16 @@ uint32_t LastErrorWord = 0;
 pthread_t status_thread;
 bool status_thread_exists = false;
 
+// A read that a cancel has cut short tells nothing of the printer: what is shown stays shown.
+void Report(const PrinterConditions& conditions) {
+  if (conditions.has_record || !CancelRequested()) ReportPrinterConditions(conditions);
+}
+
 void WatchPrinterOnce() {
   const PrinterConditions conditions = ReadConditions();
   const uint32_t word = conditions.error_word;
   if (conditions.any && !SuppressUtilityNotice && word != LastErrorWord) NotifyPrinterError(false);
-  ReportPrinterConditions(conditions);
+  Report(conditions);
   LastErrorWord = word;
   LogMessage(kLogDetail, "Error check %X ", word);
 }
@@ -44,7 +51,7 @@ void* ReadStatusThread(void*) {
   LogMessage(kLogDetail, "Start ReadStatusThread");
   for (unsigned tick = 0; !StatusThreadStop.load(); ++tick) {
     if (tick % kTicksPerRead == 0) WatchPrinterOnce();
-    usleep(kTick_us);
+    if (!Pause(kTick_ms)) break;
   }
   LogMessage(kLogDetail, "Exit ReadStatusThread");
   return nullptr;
@@ -71,11 +78,12 @@ void StopStatusThread() {
 void ReportStatusUntilClear(int reads) {
   for (int i = 0; i < reads; ++i) {
     const PrinterConditions conditions = ReadConditions();
-    ReportPrinterConditions(conditions);
+    TakeCancel();
+    Report(conditions);
     if (!conditions.any) return;
     // Kept as the last word seen, although no notice goes by it after the job.
     LastErrorWord = conditions.error_word;
-    sleep(1);
+    if (!PauseJob(kBetweenLastReads_ms)) return;
   }
 }
 

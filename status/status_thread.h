@@ -7,8 +7,8 @@
 namespace zr7700 {
 
 // Starts the thread that reads the printer's status every 0.8 seconds and reports its conditions;
-// it tells the printer utility of a new error unless `suppress_utility` is set. False when there is
-// no such thread. Main thread; no thread runs.
+// it tells the printer utility of a new error unless `suppress_utility` is set. A cancel ends it by
+// itself. False when there is no such thread. Main thread; no thread runs.
 bool StartStatusThread(bool suppress_utility);
 
 // Asks the thread to stop and joins it; does nothing when none was started. Takes as long as the
@@ -16,7 +16,8 @@ bool StartStatusThread(bool suppress_utility);
 void StopStatusThread();
 
 // Reads the status up to `reads` times, a second apart, and reports the conditions until the
-// printer has none. Never tells the utility. Main thread; no thread runs.
+// printer has none; a cancelled job reads once at most. Never tells the utility. Main thread; no
+// thread runs.
 void ReportStatusUntilClear(int reads);
 
 }  // namespace zr7700

@@ -12,6 +12,7 @@
 #include <mutex>
 #include <thread>
 
+#include "base/cancel_signal.h"
 #include "status/condition_reports.h"
 #include "status/printer_conditions.h"
 #include "status/test_notice.h"
@@ -286,6 +287,63 @@ TEST_F(ReportStatusUntilClearTest, NeverTellsTheUtility) {
 TEST_F(ReportStatusUntilClearTest, NoReadsAtAllIsNothing) {
   ReportStatusUntilClear(0);
   EXPECT_EQ(test::StatusRequests(), 1);
+}
+
+TEST_F(StatusThread, ACancelEndsItByItself) {
+  test::InOwnProcess([] {
+    const test::LogCapture log;
+    InstallCancelHandler();
+    ASSERT_TRUE(StartStatusThread(true));
+    while (test::StatusRequests() < 3) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    raise(SIGTERM);
+    for (int i = 0; i < 5000 && !::testing::Value(log.Lines(), Contains("Exit ReadStatusThread"));
+         i++) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    EXPECT_EQ(log.Lines().back(), "Exit ReadStatusThread");
+    StopStatusThread();
+  });
+}
+
+TEST_F(ReportStatusUntilClearTest, ACancelledJobReadsOnce) {
+  test::InOwnProcess([] {
+    const test::StderrCapture capture;
+    InstallCancelHandler();
+    raise(SIGTERM);
+    test::ScriptPrinter({WithError(0x24)});
+    ReportStatusUntilClear(10);
+    EXPECT_EQ(test::StatusRequests(), 1);
+    EXPECT_EQ(capture.Arrived(), kBinEmpty);
+  });
+}
+
+TEST_F(ReportStatusUntilClearTest, ACancelEndsThePauseWithoutAnotherRead) {
+  test::InOwnProcess([] {
+    const test::StderrCapture capture;
+    InstallCancelHandler();
+    test::OnSleep([] {
+      if (test::SecondsSlept() == 3) raise(SIGTERM);
+    });
+    test::ScriptPrinter({WithError(0x24)});
+    ReportStatusUntilClear(10);
+    EXPECT_EQ(test::StatusRequests(), 3);
+  });
+}
+
+// Neither the ink that is empty nor the alignment can be told from a record that did not come.
+TEST_F(ReportStatusUntilClearTest, AReadThatACancelCutShortChangesNothingThatIsShown) {
+  test::InOwnProcess([] {
+    test::StderrCapture capture;
+    test::ScriptPrinter({MakeRecord({.error_word = 0x24, .alignment = 1}), std::nullopt});
+    ReportStatusUntilClear(1);
+    const std::string shown = capture.Arrived();
+    EXPECT_THAT(shown, HasSubstr("The cartridge needs aligning"));
+    InstallCancelHandler();
+    raise(SIGTERM);
+    ReportStatusUntilClear(1);
+    EXPECT_EQ(capture.Arrived(), shown);
+    EXPECT_EQ(test::StatusRequests(), 2);
+  });
 }
 
 }  // namespace

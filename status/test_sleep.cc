@@ -2,24 +2,26 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "status/test_sleep.h"
 
-#include <unistd.h>
-
 #include <atomic>
 #include <chrono>
 #include <thread>
 #include <utility>
 
-namespace zr7700::test {
+#include "base/cancel_signal.h"
+#include "base/pause.h"
+
+namespace zr7700 {
+namespace test {
 namespace {
 
-constexpr useconds_t kTick_us = 100'000;
+constexpr int kTick_ms = 100;
 
 std::atomic<int> seconds_slept = 0;
 std::atomic<int> ticks_slept = 0;
 std::atomic<int> other_sleeps = 0;
 std::function<void()> sleep_hook;
 
-void Pause() {
+void Sleep() {
   if (sleep_hook) sleep_hook();
   std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
@@ -38,20 +40,17 @@ int TicksSlept() { return ticks_slept.load(); }
 int OtherSleeps() { return other_sleeps.load(); }
 void OnSleep(std::function<void()> hook) { sleep_hook = std::move(hook); }
 
-// What the linker puts in the places of sleep and usleep.
-extern "C" unsigned __wrap_sleep(unsigned seconds);
-extern "C" int __wrap_usleep(useconds_t microseconds);
+}  // namespace test
 
-extern "C" unsigned __wrap_sleep(unsigned seconds) {
-  seconds_slept += static_cast<int>(seconds);
-  Pause();
-  return 0;
+// In the place of pause.cc.
+bool Pause(int length_ms) {
+  if (length_ms % 1000 == 0) {
+    test::seconds_slept += length_ms / 1000;
+  } else {
+    (length_ms == test::kTick_ms ? test::ticks_slept : test::other_sleeps)++;
+  }
+  test::Sleep();
+  return !CancelRequested();
 }
 
-extern "C" int __wrap_usleep(useconds_t microseconds) {
-  (microseconds == kTick_us ? ticks_slept : other_sleeps)++;
-  Pause();
-  return 0;
-}
-
-}  // namespace zr7700::test
+}  // namespace zr7700

@@ -45,6 +45,7 @@ int OpenUnixSocket() {
 }
 
 ssize_t SendBytes(int socket, std::span<const char> bytes) {
+  if (!WaitForRoom(socket)) return -1;
   return send(socket, bytes.data(), bytes.size(), kNoSignal);
 }
 

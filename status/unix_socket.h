@@ -27,7 +27,8 @@ struct UnixAddress {
 // A new stream socket, not inherited by other programs; -1 when there is none.
 int OpenUnixSocket();
 
-// Sends `text` and its NUL without ever raising SIGPIPE. The number of bytes sent, or -1.
+// Sends `text` and its NUL without ever raising SIGPIPE, once the peer has room for it. The number
+// of bytes sent, or -1 after an error or when the job's cancel is requested.
 ssize_t SendText(int socket, std::string_view text);
 
 // Sends bytes, likewise.

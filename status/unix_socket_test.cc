@@ -4,7 +4,6 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,6 +15,7 @@
 
 #include "base/cancel_signal.h"
 #include "status/test_socket.h"
+#include "tests/support/later_cancel.h"
 #include "tests/support/own_process.h"
 
 namespace zr7700 {
@@ -115,12 +115,22 @@ TEST(ReceiveBytes, EndsWithTheJobsCancel) {
   test::InOwnProcess([] {
     InstallCancelHandler();
     const test::SocketPair pair;
-    std::thread([main = pthread_self()] {
-      std::this_thread::sleep_for(std::chrono::milliseconds(50));
-      pthread_kill(main, SIGTERM);
-    }).detach();
+    test::CancelIn(50);
     std::array<char, 4> buffer = {};
     EXPECT_EQ(ReceiveBytes(pair.filter.get(), buffer), -1);
+  });
+}
+
+TEST(SendBytes, ACancelEndsTheWaitForAPeerThatTakesNothing) {
+  test::InOwnProcess([] {
+    InstallCancelHandler();
+    const test::SocketPair pair;
+    const std::string bytes(1000, 'x');
+    while (send(pair.filter.get(), bytes.data(), bytes.size(), MSG_DONTWAIT) > 0) {
+    }
+    test::CancelIn(50);
+    EXPECT_EQ(SendBytes(pair.filter.get(), bytes), -1);
+    EXPECT_TRUE(CancelRequested());
   });
 }
 

@@ -3,24 +3,26 @@
 #include "status/utility_connection.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/time.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 
 #include "base/cancel_signal.h"
 #include "base/log.h"
+#include "base/pause.h"
 #include "status/unix_socket.h"
 
 namespace zr7700 {
 namespace {
 
-constexpr time_t kAckLimit_s = 10;
+constexpr int kAckLimit_ms = 10'000;
+constexpr std::chrono::milliseconds kConnectLimit(10'000);
+constexpr int kConnectPause_ms = 20;
 constexpr char kAck[] = {'A', 'c', 'k'};
 constexpr int kBacklog = 2;
 constexpr int kAcceptPause_ms = 100;
@@ -37,33 +39,40 @@ void CloseSocket(int& socket) {
   socket = -1;
 }
 
-void SetTimeOuts(int socket, time_t seconds) {
-  const timeval limit = {.tv_sec = seconds, .tv_usec = 0};
-  setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
-  setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
-}
-
-bool ReceiveAck(int socket) {
-  char answer[32];
-  const ssize_t count = recv(socket, answer, sizeof answer, 0);
-  return count >= ssize_t{sizeof kAck} && memcmp(answer, kAck, sizeof kAck) == 0;
-}
-
-bool ConnectAndWait(const char* path) {
-  client_socket = OpenUnixSocket();
-  if (client_socket < 0) return false;
-  // Set before connecting too: a utility whose backlog is full would hold the job up.
-  SetTimeOuts(client_socket, kAckLimit_s);
-  const UnixAddress address(path);
-  if (connect(client_socket, address.get(), UnixAddress::kBytes) != 0) return false;
-  if (!ReceiveAck(client_socket)) return false;
-  SetTimeOuts(client_socket, 0);
-  return true;
-}
-
 void SetBlocking(int socket, bool blocking) {
   const int flags = fcntl(socket, F_GETFL);
   fcntl(socket, F_SETFL, blocking ? flags & ~O_NONBLOCK : flags | O_NONBLOCK);
+}
+
+// Asks again and again while the utility's backlog is full, since neither the socket nor poll tells
+// when that is over.
+bool Connect(const UnixAddress& address) {
+  const auto start = std::chrono::steady_clock::now();
+  while (connect(client_socket, address.get(), UnixAddress::kBytes) != 0) {
+    if (errno != EAGAIN && errno != EINTR) return false;
+    if (std::chrono::steady_clock::now() - start > kConnectLimit) return false;
+    if (!Pause(kConnectPause_ms)) return false;
+  }
+  return true;
+}
+
+bool ReceiveAck() {
+  if (WaitForInput(client_socket, kAckLimit_ms) != WaitEnd::kReady) return false;
+  char answer[32];
+  const ssize_t count = recv(client_socket, answer, sizeof answer, 0);
+  return count >= ssize_t{sizeof kAck} && memcmp(answer, kAck, sizeof kAck) == 0;
+}
+
+// A cancelled job has nothing to tell any more.
+bool ConnectAndWait(const char* path) {
+  if (CancelRequested()) return false;
+  client_socket = OpenUnixSocket();
+  if (client_socket < 0) return false;
+  // A utility whose backlog is full would hold a blocking socket up.
+  SetBlocking(client_socket, false);
+  if (!Connect(UnixAddress(path)) || !ReceiveAck()) return false;
+  SetBlocking(client_socket, true);
+  return true;
 }
 
 // A failed bind leaves the socket open; the next call takes a new one.
@@ -81,12 +90,6 @@ bool Listen(const char* path) {
   return true;
 }
 
-// Waits a little for a connection, so that asking again does not burn a processor.
-void PauseForConnection() {
-  pollfd watched = {listening_socket, POLLIN, 0};
-  poll(&watched, 1, kAcceptPause_ms);
-}
-
 int AcceptConnection() {
   while (!AcceptCancelled.load() && !CancelRequested()) {
     const int connection = accept(listening_socket, nullptr, nullptr);
@@ -95,7 +98,8 @@ int AcceptConnection() {
       return connection;
     }
     if (errno != EAGAIN && errno != EINTR) return -1;
-    PauseForConnection();
+    // A little, to look whether StopAccepting was called.
+    WaitForInput(listening_socket, kAcceptPause_ms);
   }
   return -1;
 }

@@ -6,10 +6,11 @@
 
 namespace zr7700 {
 
-// Connects to the utility's socket at `path` and waits up to 10 seconds for its "Ack". True when it
-// came; the connection then stays open until DisconnectFromUtility. After one failure the utility
-// counts as unreachable for the rest of the process, and every later call answers false at once.
-// The main thread or the status thread, never both at once.
+// Connects to the utility's socket at `path`, for up to 10 seconds, and waits up to 10 seconds for
+// its "Ack"; a cancel ends both. True when it came; the connection then stays open until
+// DisconnectFromUtility. After one failure the utility counts as unreachable for the rest of the
+// process, and every later call answers false at once. The main thread or the status thread, never
+// both at once.
 bool ConnectToUtility(const char* path);
 
 // Closes the connection; does nothing without one. Threads as ConnectToUtility.

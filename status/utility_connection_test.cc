@@ -20,6 +20,7 @@
 
 #include "base/cancel_signal.h"
 #include "status/test_socket.h"
+#include "tests/support/later_cancel.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/own_process.h"
 #include "tests/support/temporary_folder.h"
@@ -158,6 +159,55 @@ TEST_F(ConnectToUtilityTest, WaitsNoLongerForAPlaceInAFullBacklog) {
   });
 }
 
+TEST_F(ConnectToUtilityTest, TakesAPlaceInTheBacklogThatBecomesFree) {
+  test::InOwnProcess([this] {
+    const test::Listener utility(path_, 0);
+    const test::Socket occupant = test::ConnectTo(path_);
+    std::thread talk([&] {
+      std::this_thread::sleep_for(milliseconds(300));
+      const test::Socket first = utility.Accept();
+      utility.Accept().Send("Ack");
+    });
+    EXPECT_TRUE(ConnectToUtility(path_.c_str()));
+    talk.join();
+  });
+}
+
+// The seconds that a call takes that is cancelled soon after its begin.
+double SecondsWhenCancelled(const std::string& path) {
+  InstallCancelHandler();
+  test::CancelIn(100);
+  const Clock::time_point start = Clock::now();
+  EXPECT_FALSE(ConnectToUtility(path.c_str()));
+  EXPECT_TRUE(CancelRequested());
+  return SecondsSince(start);
+}
+
+TEST_F(ConnectToUtilityTest, ACancelEndsTheWaitForTheAnswer) {
+  test::InOwnProcess([this] {
+    const test::Listener utility(path_);
+    EXPECT_LT(SecondsWhenCancelled(path_), 5.0);
+  });
+}
+
+TEST_F(ConnectToUtilityTest, ACancelEndsTheWaitForAPlaceInTheBacklog) {
+  test::InOwnProcess([this] {
+    const test::Listener utility(path_, 0);
+    const test::Socket occupant = test::ConnectTo(path_);
+    EXPECT_LT(SecondsWhenCancelled(path_), 5.0);
+  });
+}
+
+TEST_F(ConnectToUtilityTest, ACancelledJobDoesNotCall) {
+  test::InOwnProcess([this] {
+    const test::Listener utility(path_);
+    InstallCancelHandler();
+    raise(SIGTERM);
+    EXPECT_FALSE(ConnectToUtility(path_.c_str()));
+    EXPECT_FALSE(utility.HasCaller());
+  });
+}
+
 TEST_F(ConnectToUtilityTest, CutsAPathOver103Characters) {
   test::InOwnProcess([this] {
     const std::string start = folder_.PathOf("");
@@ -265,10 +315,7 @@ TEST_F(AcceptReplyTest, StopAcceptingEndsItAndEveryLaterOne) {
 TEST_F(AcceptReplyTest, ACancelEndsIt) {
   test::InOwnProcess([this] {
     InstallCancelHandler();
-    std::thread([main = pthread_self()] {
-      std::this_thread::sleep_for(milliseconds(100));
-      pthread_kill(main, SIGTERM);
-    }).detach();
+    test::CancelIn(100);
     EXPECT_EQ(AcceptReply(path_.c_str()), -1);
   });
 }

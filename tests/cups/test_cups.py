@@ -32,7 +32,7 @@ def quiet_end(request, scheduler):
     name = request.node.originalname.removeprefix("test_").replace("_", " ")
     scheduler.tell(f"\n# {name}")
     yield
-    # A cancelled filter still looks ten times, a second apart, whether the printer wants something.
+    # The programs of a cancelled job may take some seconds to end.
     wait_for("no process", lambda: not scheduler.processes(), 30)
     scheduler.wait_for_reasons({"none"})
     assert scheduler.printer()["printer-state"] == "idle"

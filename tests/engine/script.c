@@ -2,9 +2,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "script.h"
 
+#include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/time.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -78,6 +80,16 @@ static void CopyFile(const char* from, const char* to) {
   free(bytes);
 }
 
+static void HandleTimer(int number) { (void)number; }
+
+static void StartStorm(long period_us) {
+  const struct sigaction action = {.sa_handler = HandleTimer}; /* without SA_RESTART */
+  sigaction(SIGALRM, &action, NULL);
+  const struct timeval period = {.tv_usec = period_us};
+  const struct itimerval timer = {period, period};
+  setitimer(ITIMER_REAL, &timer, NULL);
+}
+
 static void Act(const char* action, const char* first, const char* second, int32_t* result,
                 BlockReceiver receiver) {
   if (strcmp(action, "return") == 0) *result = (int32_t)strtol(first, NULL, 0);
@@ -86,6 +98,7 @@ static void Act(const char* action, const char* first, const char* second, int32
   if (strcmp(action, "emit") == 0) EmitHex(first, receiver);
   if (strcmp(action, "emitfile") == 0) EmitFile(first, receiver);
   if (strcmp(action, "copy") == 0) CopyFile(first, second);
+  if (strcmp(action, "storm") == 0) StartStorm(strtol(first, NULL, 10));
 }
 
 int32_t PerformScript(const char* entry, int32_t otherwise, BlockReceiver receiver) {

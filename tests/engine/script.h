@@ -12,6 +12,8 @@
  *   emit HEX        hand these bytes to the output callback as one block
  *   emitfile PATH   hand the file's bytes to the output callback as one block
  *   copy FROM TO    copy a file, to show how things stand at that moment
+ *   storm US        from now on a timer signal every so many microseconds, which interrupts whatever
+ *                   system call it finds
  *
  * The actions of one call are done in the order of their lines.
  *

@@ -21,7 +21,7 @@ _THREAD = re.compile(
     r"(Setting|Clearing) (ink empty|ink low|paper out|alignment needed)$")
 
 # The reader's steps as letters: see _letter.
-_GRAMMAR = re.compile(r"(?:GC(?:T|S)?D(?:RA?)+(?:K|OF))*\Z")
+_GRAMMAR = re.compile(r"(?:GC(?:T|S)?D(?:RA?)+(?:K|O?F))*\Z")
 
 
 def _letter(line):

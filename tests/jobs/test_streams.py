@@ -13,6 +13,7 @@ import pytest
 import compare
 import pages
 import raster
+from cancelled import GIVEN_UP, LIMIT_WITHOUT_A_READER, WELL_LIMIT
 from expected import Model
 from job import Job
 
@@ -98,7 +99,7 @@ def test_a_fifo_without_a_writer_can_be_cancelled():
     result = Job(arguments=["1", "u", "t", "1", "", "/bench/fifo"], prepare=prepare,
                  actions=actions, limit=30).run()
     assert result.status == 1
-    assert result.seconds_after_cancel < 12
+    assert result.seconds_after_cancel < WELL_LIMIT
     assert not result.shared_memory_left
 
 
@@ -126,7 +127,7 @@ def test_a_backend_that_stalls_is_no_hindrance_once_it_drains():
     result = job.run()
     os.close(write_end)
     reader.join(5)
-    assert result.status == 0 and result.seconds_after_cancel < 14
+    assert result.status == 0 and result.seconds_after_cancel < 0.7 + WELL_LIMIT
     assert not result.shared_memory_left
     calls = sum(call.startswith("HPESendBand") for call in result.calls)
     assert sum(map(len, taken)) == 16 + 100000 * calls
@@ -174,8 +175,8 @@ def test_a_cancelled_job_does_not_wait_for_ever_for_a_backend_that_takes_nothing
     taken = b"".join(iter(lambda: os.read(read_end, 65536), b""))
     os.close(read_end)
     assert result.status == 0 and not result.shared_memory_left
-    assert 20 <= result.seconds_after_cancel < 36
-    assert result.log.count("     Nothing taken for 20 s after the cancel: output discarded") == 1
+    assert 19.5 < result.seconds_after_cancel < LIMIT_WITHOUT_A_READER
+    assert result.log.count(GIVEN_UP) == 1
     assert result.log[-1] == "     Ready to print."
     # The print header, then zeros as far as the pipe went.
     assert 16 < len(taken) < 100000 and not any(taken[16:])

@@ -7,6 +7,8 @@
 #include <array>
 #include <cstdlib>
 
+#include "base/printer_output.h"
+
 namespace zr7700::test {
 
 StreamCapture::StreamCapture(FILE* stream)
@@ -26,6 +28,7 @@ StreamCapture::~StreamCapture() {
 void StreamCapture::Restore() {
   if (saved_descriptor_ < 0) return;
   fflush(stream_);
+  if (stream_ == stdout) FlushPrinterOutput();
   dup2(saved_descriptor_, fileno(stream_));
   close(saved_descriptor_);
   saved_descriptor_ = -1;
