@@ -65,9 +65,7 @@ void PrintTo(const Zone& zone, std::ostream* out) { *out << zone.name; }
 class DateTextTest : public testing::TestWithParam<Zone> {};
 
 // time() runs up to a tick of the kernel's behind the clock that date texts are made from.
-time_t Present() {
-  return std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-}
+time_t Present() { return std::chrono::system_clock::to_time_t(std::chrono::system_clock::now()); }
 
 TEST_P(DateTextTest, TellsThePresentInLocalTimeWithItsOffset) {
   const time_t before = Present();

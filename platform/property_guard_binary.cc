@@ -40,10 +40,14 @@ class Unfolding {
   }
 
  private:
+  uint8_t At(uint64_t offset) const {
+    return static_cast<uint8_t>(bytes_[static_cast<size_t>(offset)]);
+  }
+
   uint64_t Load(uint64_t offset, size_t width_bytes) const {
     uint64_t value = 0;
     for (size_t i = 0; i < width_bytes; ++i) {
-      value = value << 8 | static_cast<uint8_t>(bytes_[offset + i]);
+      value = value << 8 | At(offset + i);
     }
     return value;
   }
@@ -80,7 +84,7 @@ class Unfolding {
   // False for an object whose place, or whose count, lies outside the file.
   bool ReadObject(uint64_t offset, Object& object) const {
     if (offset < kHeaderBytes || offset >= table_) return false;
-    const auto mark = static_cast<uint8_t>(bytes_[offset]);
+    const uint8_t mark = At(offset);
     object = {.kind = static_cast<uint8_t>(mark >> 4), .count = mark & 15U, .offset = offset + 1};
     if (object.count == 15 && !ReadLongCount(object)) return false;
     return object.count <= bytes_.size();
@@ -89,7 +93,7 @@ class Unfolding {
   // A count of 15 says that the true one follows, as an integer object.
   bool ReadLongCount(Object& object) const {
     if (object.offset >= table_) return false;
-    const auto width_bytes = size_t{1} << (static_cast<uint8_t>(bytes_[object.offset]) & 15);
+    const auto width_bytes = size_t{1} << (At(object.offset) & 15);
     if (width_bytes > 8 || object.offset + 1 + width_bytes > table_) return false;
     object.count = Load(object.offset + 1, width_bytes);
     object.offset += 1 + width_bytes;
