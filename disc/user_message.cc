@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "disc/user_message.h"
 
+#include <poll.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -40,6 +42,18 @@ class Line {
   size_t size_ = 0;
 };
 
+// Until whoever reads standard error has read what stands in the pipe, or a second has passed.
+// Where a system does not count what waits at a pipe's writing end, this returns at once.
+void WaitUntilRead() {
+  constexpr int kStep_ms = 10;
+  constexpr int kMostSteps = 100;
+  int waiting_bytes = 0;
+  for (int step = 0; step < kMostSteps; ++step) {
+    if (ioctl(STDERR_FILENO, FIONREAD, &waiting_bytes) != 0 || waiting_bytes == 0) return;
+    poll(nullptr, 0, kStep_ms);
+  }
+}
+
 void Tell(std::string_view beginning, std::string_view sentence) {
   Line line;
   line.Add(beginning);
@@ -50,7 +64,10 @@ void Tell(std::string_view beginning, std::string_view sentence) {
 
 }  // namespace
 
-void TellError(std::string_view sentence) { Tell("\nERROR: ", sentence); }
+void TellError(std::string_view sentence) {
+  Tell("\nERROR: ", sentence);
+  WaitUntilRead();
+}
 
 bool Refuse(std::string_view sentence) {
   TellError(sentence);

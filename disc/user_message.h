@@ -14,7 +14,9 @@
 namespace zr7700 {
 
 // The first error of a job is what the person reads when it stops: one sentence that says what is
-// wrong and what to do. At most 1,900 bytes of it are written; CUPS cuts longer lines.
+// wrong and what to do. At most 1,900 bytes of it are written; CUPS cuts longer lines. Where
+// standard error is a pipe this returns when it has been read, or after a second: a scheduler that
+// sees a filter die before it reads that filter's last words shows "Filter failed" instead of them.
 void TellError(std::string_view sentence);
 
 // Tells the error; returns false, for a caller that says so of a step that cannot be done.
