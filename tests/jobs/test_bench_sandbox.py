@@ -58,3 +58,14 @@ def test_a_job_that_hangs_is_ended_and_said_to_hang(script):
     script("#!/bin/sh\nexec sleep 60\n")
     result = Job(limit=1).run()
     assert result.status is None
+
+
+def fails(_):
+    assert False, "beside the job"
+
+
+@pytest.mark.parametrize("beside", ["plan", "actions"])
+def test_an_assertion_beside_a_job_fails_its_test(script, beside):
+    script("#!/bin/sh\nsleep 1\n")
+    with pytest.raises(AssertionError, match="beside the job"):
+        Job(**{beside: fails}).run()
