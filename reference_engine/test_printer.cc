@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The rastertoZR7700 authors
 // SPDX-License-Identifier: Apache-2.0
-#include "reference_engine/testing/test_printer.h"
+#include "reference_engine/test_printer.h"
 
 #include <algorithm>
 #include <string_view>
