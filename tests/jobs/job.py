@@ -22,9 +22,9 @@ import record
 import sandbox
 from beside import Beside
 from printer import Printer, steady
+from sandbox import filter_path
 from utility import Utility
 
-REPOSITORY = Path(__file__).resolve().parents[2]
 LOG = "/Library/Caches/ZR7700Filter.log"
 SETTINGS = f"/{sandbox.RESOURCES}/ZR7700Config.plist"
 FAMILIES = {"Q": "tqgr", "P": "tqgr", "U": "tqhe", "V": "tqhe"}
@@ -33,10 +33,6 @@ CHOICES = {"InnerDiameter": "20", "Saturation": "100", "OuterMargin": "3",
            "Bidi": "Yes"}
 
 _STAMP = re.compile(rb"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d [+-]\d{4} ")
-
-
-def filter_path():
-    return os.environ.get("ZR7700_FILTER", str(REPOSITORY / "build/rastertoZR7700"))
 
 
 def engine_folder():

@@ -31,6 +31,13 @@ _PASSED_ON = ("ASAN_OPTIONS", "UBSAN_OPTIONS", "TSAN_OPTIONS", "GCOV_PREFIX",
               "GCOV_PREFIX_STRIP", "LLVM_PROFILE_FILE", "TZ")
 
 
+def filter_path(build=Path(__file__).resolve().parents[2] / "build"):
+    """The filter under test: the one that a plain configure-and-build makes, where that is named,
+    before the one of the build that a test belongs to."""
+    return os.environ.get("ZR7700_PLAIN_FILTER") or os.environ.get(
+        "ZR7700_FILTER", str(build / "rastertoZR7700"))
+
+
 @functools.lru_cache(None)
 def require():
     """Fails with one sentence when private roots cannot be made on this machine."""

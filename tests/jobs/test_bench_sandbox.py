@@ -22,6 +22,7 @@ def script_in_place_of_the_filter(tmp_path, monkeypatch):
         program.write_text(text)
         program.chmod(0o755)
         monkeypatch.setenv("ZR7700_FILTER", str(program))
+        monkeypatch.delenv("ZR7700_PLAIN_FILTER", raising=False)
         monkeypatch.setattr(Job, "_place_engine", lambda self: None)
     return place
 
