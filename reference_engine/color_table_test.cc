@@ -15,8 +15,8 @@
 #include <iterator>
 #include <new>
 
-#include "reference_engine/testing/engine_host.h"
-#include "reference_engine/testing/failing_memory.h"
+#include "reference_engine/test_engine_host.h"
+#include "reference_engine/test_failing_memory.h"
 
 namespace zr7700::reference_engine {
 namespace {

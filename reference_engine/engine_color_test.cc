@@ -7,9 +7,9 @@
 #include <cmath>
 #include <numeric>
 
-#include "reference_engine/ink_model.h"
-#include "reference_engine/testing/color_difference.h"
-#include "reference_engine/testing/engine_host.h"
+#include "reference_engine/test_color_difference.h"
+#include "reference_engine/test_engine_host.h"
+#include "virtual_printer/ink_model.h"
 
 namespace zr7700::reference_engine::testing {
 namespace {
@@ -30,7 +30,7 @@ std::ostream& operator<<(std::ostream& out, const ColorCase& color_case) {
 
 class EngineColorTest : public ::testing::TestWithParam<ColorCase> {
  protected:
-  Family family() const { return static_cast<Family>(GetParam().family.letter); }
+  printer::Family family() const { return static_cast<printer::Family>(GetParam().family.letter); }
   Job MakeJob() const {
     Job job;
     job.table = TablePath(GetParam().family, GetParam().table);
@@ -52,20 +52,21 @@ INSTANTIATE_TEST_SUITE_P(Tables, EngineColorTest,
                                            ColorCase{kGraniteName, "clrPhoto", 9, 2},
                                            ColorCase{kGraniteName, "clrPhGlossy", 7, 2}));
 
-// The mean linear light of a square of the printed page, dot by dot as the ink model says.
-LinearColor PrintedLight(const PrintedPage& page, Family family, uint32_t x, uint32_t y,
+using LinearColor = printer::Light;
+
+// The mean linear light of a square of the printed page, dot by dot as the printer's ink model
+// says, which the engine's own is no part of.
+LinearColor PrintedLight(const PrintedPage& page, printer::Family family, uint32_t x, uint32_t y,
                          uint32_t side) {
-  const InkSet& inks = InksFor(family, page.media);
-  const auto drops = DropCoverages(family, page.media);
+  const auto lights = printer::DotLights(family, static_cast<uint8_t>(page.media));
   LinearColor sum = {0, 0, 0};
   for (uint32_t line = y; line < y + side; ++line)
     for (uint32_t column = x; column < x + side; ++column) {
-      Coverages coverages;
-      for (size_t plane = 0; plane < 3; ++plane) {
-        const uint8_t size = page.drop(plane, column, line);
-        coverages[plane] = size == 0 ? 0 : drops[size - 1U];
+      unsigned kind = 0;
+      for (unsigned plane = 0; plane < 3; ++plane) {
+        kind |= unsigned{page.drop(plane, column, line)} << (2 * plane);
       }
-      const LinearColor dot = MixInks(inks, coverages);
+      const LinearColor& dot = lights[kind];
       for (size_t i = 0; i < 3; ++i) sum[i] += dot[i] / (side * side);
     }
   return sum;
@@ -76,7 +77,7 @@ LinearColor PictureLight(const Picture& picture, uint32_t x, uint32_t y, uint32_
   for (uint32_t line = y; line < y + side; ++line)
     for (uint32_t column = x; column < x + side; ++column)
       for (size_t i = 0; i < 3; ++i)
-        sum[i] += DecodeSrgb(picture.pixel(column, line)[i] / 255.0) / (side * side);
+        sum[i] += LinearOfSrgb(picture.pixel(column, line)[i]) / (side * side);
   return sum;
 }
 
@@ -92,6 +93,7 @@ double Mean(const std::vector<double>& values) {
 TEST_P(EngineColorTest, PatchesOfAllColorsComeOutAsTheyAre) {
   constexpr uint32_t kPatch = 64;
   constexpr uint32_t kSteps = 5;
+  constexpr double kLargest = 2.5;  // a third above the largest measured, 1.86
   Picture picture(kPatch * kSteps, kPatch * kSteps * kSteps);
   const auto level = [](uint32_t step) { return static_cast<uint8_t>(step * 255 / (kSteps - 1)); };
   for (uint32_t r = 0; r < kSteps; ++r)
@@ -107,12 +109,14 @@ TEST_P(EngineColorTest, PatchesOfAllColorsComeOutAsTheyAre) {
       const LinearColor printed = PrintedLight(page, family(), x + 8, y + 8, kPatch - 16);
       const LinearColor wanted = PictureLight(picture, x + 8, y + 8, kPatch - 16);
       differences.push_back(DeltaE2000(LabOfLinear(printed), LabOfLinear(wanted)));
-      EXPECT_LT(differences.back(), 4)
+      EXPECT_LT(differences.back(), kLargest)
           << int{picture.pixel(x, y)[0]} << " " << int{picture.pixel(x, y)[1]} << " "
           << int{picture.pixel(x, y)[2]};
     }
   RecordProperty("mean_delta_e_milli", static_cast<int>(Mean(differences) * 1000));
-  EXPECT_LT(Mean(differences), 1.5);
+  RecordProperty("largest_delta_e_milli",
+                 static_cast<int>(*std::ranges::max_element(differences) * 1000));
+  EXPECT_LT(Mean(differences), 0.64);  // a third above the largest measured, 0.48
 }
 
 // Waves of colour, a dark part and a hard edge.
@@ -142,8 +146,9 @@ TEST_P(EngineColorTest, APhotographLooksLikeItself) {
                                        LabOfLinear(PictureLight(picture, x, y, kBlurDots))));
   RecordProperty("mean_delta_e_milli", static_cast<int>(Mean(differences) * 1000));
   RecordProperty("p99_delta_e_milli", static_cast<int>(Percentile(differences, 0.99) * 1000));
-  EXPECT_LT(Mean(differences), 3);
-  EXPECT_LT(Percentile(differences, 0.99), 10);
+  // A third above the largest measured, 0.90 and 3.87.
+  EXPECT_LT(Mean(differences), 1.2);
+  EXPECT_LT(Percentile(differences, 0.99), 5.2);
 }
 
 // Published pairs of the formula's authors.

@@ -10,8 +10,8 @@
 #include <new>
 
 #include "reference_engine/engine_status.h"
-#include "reference_engine/testing/engine_host.h"
-#include "reference_engine/testing/failing_memory.h"
+#include "reference_engine/test_engine_host.h"
+#include "reference_engine/test_failing_memory.h"
 
 namespace zr7700::reference_engine::testing {
 namespace {

@@ -10,7 +10,7 @@
 #include <limits>
 
 #include "reference_engine/engine_status.h"
-#include "reference_engine/testing/engine_host.h"
+#include "reference_engine/test_engine_host.h"
 
 namespace zr7700::reference_engine::testing {
 namespace {

@@ -7,7 +7,7 @@
 #include <array>
 #include <tuple>
 
-#include "reference_engine/testing/engine_host.h"
+#include "reference_engine/test_engine_host.h"
 
 namespace zr7700::reference_engine::testing {
 namespace {

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "reference_engine/ink_model.h"
-#include "reference_engine/testing/failing_memory.h"
+#include "reference_engine/test_failing_memory.h"
 
 namespace zr7700::reference_engine {
 namespace {

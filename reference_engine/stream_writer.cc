@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "reference_engine/stream_writer.h"
 
-#include <array>
+#include <zlib.h>
 
 #include "reference_engine/row_packing.h"
 
@@ -16,40 +16,6 @@ constexpr size_t kBlockBytes = 64 << 10;
 // commands between two rows have less than 100 bytes.
 constexpr size_t kBlockCapacityBytes = 2 * kBlockBytes;
 
-constexpr size_t kCrcSlices = 8;
-using CrcTables = std::array<std::array<uint32_t, 256>, kCrcSlices>;
-
-// Table s advances a byte over s further zero bytes, which lets eight bytes go at once.
-constexpr CrcTables MakeCrcTables() {
-  CrcTables tables = {};
-  for (uint32_t byte = 0; byte < 256; ++byte) {
-    uint32_t crc = byte;
-    for (int bit = 0; bit < 8; ++bit) crc = (crc & 1) != 0 ? crc >> 1 ^ 0xEDB88320U : crc >> 1;
-    tables[0][byte] = crc;
-  }
-  for (size_t slice = 1; slice < kCrcSlices; ++slice)
-    for (size_t byte = 0; byte < 256; ++byte) {
-      const uint32_t crc = tables[slice - 1][byte];
-      tables[slice][byte] = crc >> 8 ^ tables[0][crc & 0xFF];
-    }
-  return tables;
-}
-
-constexpr CrcTables kCrcTables = MakeCrcTables();
-
-uint32_t LoadLittle32(const uint8_t* bytes) {
-  return bytes[0] | uint32_t{bytes[1]} << 8 | uint32_t{bytes[2]} << 16 | uint32_t{bytes[3]} << 24;
-}
-
-uint32_t CrcOfEight(uint32_t crc, const uint8_t* bytes) {
-  const uint32_t low = LoadLittle32(bytes) ^ crc;
-  const uint32_t high = LoadLittle32(bytes + 4);
-  return kCrcTables[7][low & 0xFF] ^ kCrcTables[6][low >> 8 & 0xFF] ^
-         kCrcTables[5][low >> 16 & 0xFF] ^ kCrcTables[4][low >> 24] ^ kCrcTables[3][high & 0xFF] ^
-         kCrcTables[2][high >> 8 & 0xFF] ^ kCrcTables[1][high >> 16 & 0xFF] ^
-         kCrcTables[0][high >> 24];
-}
-
 void AppendPrefix(Command command, std::vector<uint8_t>* block) {
   const auto name = static_cast<uint16_t>(command);
   block->insert(block->end(),
@@ -59,11 +25,7 @@ void AppendPrefix(Command command, std::vector<uint8_t>* block) {
 }  // namespace
 
 uint32_t UpdateCrc32(uint32_t crc, std::span<const uint8_t> bytes) {
-  crc = ~crc;
-  size_t i = 0;
-  for (; i + 8 <= bytes.size(); i += 8) crc = CrcOfEight(crc, &bytes[i]);
-  for (; i < bytes.size(); ++i) crc = crc >> 8 ^ kCrcTables[0][(crc ^ bytes[i]) & 0xFF];
-  return ~crc;
+  return static_cast<uint32_t>(crc32_z(crc, bytes.data(), bytes.size()));
 }
 
 Payload& Payload::U8(uint32_t value) {

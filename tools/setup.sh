@@ -9,7 +9,8 @@ build_packages=(g++ cmake ninja-build pkg-config gettext
 companion_packages=(cups cups-ppdc cups-filters ghostscript poppler-utils python3)
 test_packages=(libgtest-dev libgmock-dev bubblewrap python3-pytest python3-numpy python3-pil
   gobjc++ libgnustep-base-dev cups-client cups-ipp-utils man-db mandoc reuse shellcheck)
-long_test_packages=(apparmor autopkgtest debhelper debootstrap dpkg-dev lintian qemu-user-static)
+installation_test_packages=(debhelper debootstrap dpkg-dev)
+long_test_packages=(apparmor autopkgtest lintian qemu-user-static)
 
 # project_version: as CMakeLists.txt has it, where alone it stands.
 project_version() {

@@ -5,6 +5,8 @@
 #ifndef ZR7700_VIRTUAL_PRINTER_STREAM_BUILDER_H_
 #define ZR7700_VIRTUAL_PRINTER_STREAM_BUILDER_H_
 
+#include <zlib.h>
+
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -42,16 +44,6 @@ inline Bytes CommandBytes(uint8_t group, char code, const Bytes& payload) {
     }
   }
   return bytes;
-}
-
-// CRC-32 bit by bit.
-inline uint32_t SlowCrc(const Bytes& bytes) {
-  uint32_t crc = 0xFFFFFFFF;
-  for (const uint8_t byte : bytes) {
-    crc ^= byte;
-    for (int bit = 0; bit < 8; ++bit) crc = (crc & 1) != 0 ? crc >> 1 ^ 0xEDB88320 : crc >> 1;
-  }
-  return ~crc;
 }
 
 // What a page-start says; the values of a small legal page of either family.
@@ -150,7 +142,8 @@ class StreamBuilder {
     Bytes payload = Big(pass_count_, 4);
     payload += Big(row_count_, 4);
     for (const uint32_t drops : drops_) payload += Big(drops, 4);
-    return payload += Big(SlowCrc(page_bytes_), 4);
+    return payload +=
+           Big(static_cast<uint32_t>(crc32_z(0, page_bytes_.data(), page_bytes_.size())), 4);
   }
   StreamBuilder& PageEnd() { return End('e', Totals()); }
   StreamBuilder& PageAbort() { return End('a', Totals()); }

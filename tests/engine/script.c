@@ -10,7 +10,7 @@
 #include <time.h>
 #include <unistd.h>
 
-enum { kEntries = 32, kNameBytes = 64, kWaitSteps = 6000, kWaitStepMs = 5 };
+enum { kEntries = 32, kNameBytes = 64, kWaitSteps = 15000, kWaitStepMs = 20 };
 
 struct Counter {
   char entry[kNameBytes];

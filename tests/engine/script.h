@@ -8,7 +8,7 @@
  *
  *   return CODE     the entry's result (decimal, may be negative; 0 makes a null handle)
  *   delay MS        sleep
- *   wait PATH       sleep until the file exists, 30 seconds at most
+ *   wait PATH       sleep until the file exists, five minutes at most
  *   emit HEX        hand these bytes to the output callback as one block
  *   emitfile PATH   hand the file's bytes to the output callback as one block
  *   copy FROM TO    copy a file, to show how things stand at that moment

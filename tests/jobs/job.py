@@ -14,15 +14,17 @@ import time
 from dataclasses import dataclass, field
 from pathlib import Path
 
+import pace
 import pages
 import ppd
 import raster
 import record
 import sandbox
+from beside import Beside
 from printer import Printer, steady
+from sandbox import filter_path
 from utility import Utility
 
-REPOSITORY = Path(__file__).resolve().parents[2]
 LOG = "/Library/Caches/ZR7700Filter.log"
 SETTINGS = f"/{sandbox.RESOURCES}/ZR7700Config.plist"
 FAMILIES = {"Q": "tqgr", "P": "tqgr", "U": "tqhe", "V": "tqhe"}
@@ -33,13 +35,19 @@ CHOICES = {"InnerDiameter": "20", "Saturation": "100", "OuterMargin": "3",
 _STAMP = re.compile(rb"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d [+-]\d{4} ")
 
 
-def filter_path():
-    return os.environ.get("ZR7700_FILTER", str(REPOSITORY / "build/rastertoZR7700"))
-
-
 def engine_folder():
     """Where the test engine's libraries were built."""
     return Path(os.environ.get("ZR7700_TEST_ENGINE", Path(filter_path()).parent / "test_engine"))
+
+
+def faster_time():
+    """The library that makes time run faster for the filter; None when this test is in real time."""
+    if pace.times_faster() == pace.REAL:
+        return None
+    library = engine_folder() / "faster_time.so"
+    if not library.exists():
+        raise RuntimeError(f"There is no {library}: build it, or set ZR7700_TIMES_FASTER=1.")
+    return library
 
 
 @dataclass
@@ -50,6 +58,7 @@ class Job:
     settings: a dictionary, raw bytes for the file, or None for no file.
     pages: raster.Page list, or raw bytes for the whole stream.
     script: engine actions as {(entry, call): [(action, argument), ...]}; call may be "*".
+    limit: after so many of our seconds a job is taken to hang.
     input, output: descriptors in the place of standard input and output; input "closed" for none.
     prepare: called with the sandbox just before the start. actions: called with the job, in a
     thread of its own, once it runs.
@@ -87,6 +96,11 @@ class Job:
         """The job's private root, made when it is first asked for."""
         return sandbox.Sandbox()
 
+    @functools.cached_property
+    def clock(self):
+        """The clock of the job's seconds."""
+        return pace.clock(self.sandbox.bench / "clock")
+
     # What can be asked while the job runs.
 
     def log_text(self):
@@ -98,14 +112,20 @@ class Job:
     def shared_memory(self):
         return self.sandbox.path(f"/shm/{sandbox.SHARED_MEMORY}")
 
-    def until(self, condition, seconds=60):
-        """Waits for a condition; false when it did not come about while the job ran."""
-        deadline = time.monotonic() + seconds
-        while time.monotonic() < deadline and not self.over.is_set():
+    def until(self, condition, seconds=None):
+        """Waits for a condition, for so many of the job's seconds or a minute of ours; false when it
+        did not come about while the job ran."""
+        clock = pace.RealClock() if seconds is None else self.clock
+        end = clock.now() + (60 if seconds is None else seconds)
+        while clock.now() < end and not self.over.is_set():
             if condition():
                 return True
             time.sleep(0.003)
         return condition()
+
+    def sleep(self, seconds):
+        """Sleeps so many of the job's seconds, or to its end."""
+        self.clock.sleep(seconds, self.over.is_set)
 
     def until_log(self, text, times=1):
         return self.until(lambda: self.log_text().count(text) >= times)
@@ -114,7 +134,7 @@ class Job:
         return self.until(lambda: self.trace_text().count(text) >= times)
 
     def terminate(self):
-        self.terminated = time.monotonic()
+        self.terminated = self.clock.now()
         self.process.signal()
 
     def release(self, name="go"):
@@ -188,20 +208,21 @@ class Job:
             self.prepare(self.sandbox)
         self.over = threading.Event()
         self.terminated = None
-        helper = Utility(self.sandbox.sockets, self.utility) if self.utility != "absent" else None
+        helper = Utility(self.sandbox.sockets, self.utility, self.clock) if self.utility != "absent" else None
         machine = None
         if self.channel != "closed":
             machine = Printer(self.plan or steady(self.record), self, self.channel)
             machine.start()
         try:
-            return self._run_filter(machine, helper)
+            result = self._run_filter(machine, helper)
         finally:
             self.over.set()
-            if machine is not None:
-                machine.stop()
-            if helper is not None:
-                helper.stop()
+            for other in filter(None, (machine, helper)):
+                other.stop()
             self.sandbox.remove()
+        for other in filter(None, (machine, helper)):
+            other.raise_failure()
+        return result
 
     def _run_filter(self, machine, helper):
         bench = self.sandbox.bench
@@ -215,20 +236,17 @@ class Job:
             if machine is not None:
                 os.set_blocking(machine.filter_end, self.channel == "blocking")
                 descriptors[3] = machine.filter_end
+            started = self.clock.now()
             self.process = sandbox.Process(self.sandbox, filter_path(), self._arguments(),
-                                           self._environment(), descriptors)
-            side = threading.Thread(target=self._act, daemon=True)
+                                           self._environment(), descriptors, faster_time())
+            side = Beside(self.actions or (lambda job: None), self)
             side.start()
             status = self.process.wait(self.limit)
-            ended = time.monotonic()
+            ended = self.clock.now()
             self.over.set()
-            side.join(10)
-        return Result(self, status, ended - self.process.started, helper,
+            side.finish()
+        return Result(self, status, ended - started, helper,
                       None if self.terminated is None else ended - self.terminated)
-
-    def _act(self):
-        if self.actions is not None:
-            self.actions(self)
 
 
 def run_together(tasks, at_once=6):

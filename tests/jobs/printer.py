@@ -9,6 +9,7 @@ says what the printer sends and when:
 
 fresh() keeps one record waiting in the channel at any time, so the filter reads the present state,
 however fast it reads. rate() sends at a given rate whatever the filter does, as a real one does.
+Seconds are the job's (pace.py).
 When the plan returns, the printer goes on with the last state given to fresh(), unless the plan
 ended with silence() or hang_up().
 """
@@ -23,6 +24,7 @@ import termios
 import threading
 import time
 
+from beside import Beside
 from record import RECORD_BYTES
 
 _TICK = 0.004
@@ -33,7 +35,7 @@ class Printer:
         self._plan, self.job = plan, job
         self._stopped = threading.Event()
         self._last = None
-        self._thread = threading.Thread(target=self._run, daemon=True)
+        self._thread = Beside(self._run)
         self.filter_end, self._end = self._open(kind)
 
     @staticmethod
@@ -56,6 +58,10 @@ class Printer:
         for end in (self.filter_end, self._end):
             if end is not None:
                 os.close(end)
+
+    def raise_failure(self):
+        """Raises what the plan raised."""
+        self._thread.raise_failure()
 
     def _run(self):
         self._plan(self)
@@ -80,21 +86,23 @@ class Printer:
             pass
 
     def sleep(self, seconds):
-        self._stopped.wait(seconds)
+        self.job.clock.sleep(seconds, self._stopped.is_set)
 
     def fresh(self, raw, until=lambda: False, seconds=None):
         """Keeps at least one record waiting until the condition holds or the time is over. On a
         change the state that waits unread is the old one: it is read first, as in life."""
         self._last = raw
-        end = None if seconds is None else time.monotonic() + seconds
-        while self.running() and not until() and (end is None or time.monotonic() < end):
+        clock = self.job.clock
+        end = None if seconds is None else clock.now() + seconds
+        while self.running() and not until() and (end is None or clock.now() < end):
             if self.queued() < RECORD_BYTES:
                 self.send(raw)
             time.sleep(_TICK)
 
     def rate(self, raw, hertz, until=lambda: False, seconds=None):
-        end = None if seconds is None else time.monotonic() + seconds
-        while self.running() and not until() and (end is None or time.monotonic() < end):
+        clock = self.job.clock
+        end = None if seconds is None else clock.now() + seconds
+        while self.running() and not until() and (end is None or clock.now() < end):
             self.send(raw)
             self.sleep(1 / hertz)
 

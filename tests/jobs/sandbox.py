@@ -10,12 +10,15 @@ import fcntl
 import functools
 import json
 import os
+import re
 import shutil
 import signal
 import subprocess
 import tempfile
 import time
 from pathlib import Path
+
+import pace
 
 RESOURCES = "Library/Printers/Tessary/ZR7700.bundle/Contents/Resources"
 LIBRARIES = "Library/Printers/Tessary/Frameworks"
@@ -26,6 +29,13 @@ _SYSTEM = ["usr", "bin", "sbin", "lib", "lib32", "lib64", "libx32", "etc", "proc
 _DEVICES = ["null", "zero", "full", "random", "urandom"]
 _PASSED_ON = ("ASAN_OPTIONS", "UBSAN_OPTIONS", "TSAN_OPTIONS", "GCOV_PREFIX",
               "GCOV_PREFIX_STRIP", "LLVM_PROFILE_FILE", "TZ")
+
+
+def filter_path(build=Path(__file__).resolve().parents[2] / "build"):
+    """The filter under test: the one that a plain configure-and-build makes, where that is named,
+    before the one of the build that a test belongs to."""
+    return os.environ.get("ZR7700_PLAIN_FILTER") or os.environ.get(
+        "ZR7700_FILTER", str(build / "rastertoZR7700"))
 
 
 @functools.lru_cache(None)
@@ -82,10 +92,27 @@ class Sandbox:
         return out + ["--bind", folder, folder, "--chdir", "/tmp"]
 
 
-class Process:
-    """A filter running in a sandbox; descriptors maps its descriptor numbers to ours."""
+@functools.lru_cache(None)
+def _sanitizer(program):
+    """The run-time library of the address sanitizer, which must come before any other."""
+    said = subprocess.run(["ldd", program], capture_output=True, text=True, check=False).stdout
+    return re.findall(r"=> (\S+/libasan\.so\S*)", said)
 
-    def __init__(self, sandbox, program, arguments, environment, descriptors):
+
+def _preloading(library, program):
+    """Makes time run faster for what runs in the sandbox, and for nothing before it."""
+    inside = "/" + os.path.basename(library)
+    return ["--ro-bind", str(library), inside,
+            "--setenv", "LD_PRELOAD", ":".join([*_sanitizer(program), inside]),
+            "--setenv", "ZR7700_TIMES_FASTER", str(pace.times_faster()),
+            "--setenv", "ZR7700_CLOCK", "/bench/clock"]
+
+
+class Process:
+    """A filter running in a sandbox; descriptors maps its descriptor numbers to ours. faster_time
+    is the library that makes time run as fast as pace.py says, None for real time."""
+
+    def __init__(self, sandbox, program, arguments, environment, descriptors, faster_time=None):
         info_read, info_write = os.pipe()
         # Ours are moved out of the way first: the numbers below 10 are the filter's.
         moved = {number: fcntl_dup(ours) for number, ours in descriptors.items()}
@@ -93,12 +120,14 @@ class Process:
         actions = [(os.POSIX_SPAWN_DUP2, ours, number) for number, ours in moved.items()]
         actions += [(os.POSIX_SPAWN_CLOSE, n) for n in (0, 1, 2, 3) if n not in descriptors]
         actions.append((os.POSIX_SPAWN_DUP2, info, 9))
-        bwrap = sandbox.command(program) + ["--info-fd", "9", program] + arguments[1:]
+        bwrap = sandbox.command(program)
+        if faster_time is not None:
+            bwrap += _preloading(faster_time, program)
+        bwrap += ["--info-fd", "9", program] + arguments[1:]
         if arguments[0] != program:
             raise ValueError("argv[0] is the program")
         # The scheduler runs filters with this file mode mask.
         shell = ["/bin/sh", "-c", 'umask 077; exec "$@"', "sh"] + bwrap
-        self.started = time.monotonic()
         self._bwrap = os.posix_spawn("/bin/sh", shell, environment_of(environment),
                                      file_actions=actions, setsigdef=[signal.SIGPIPE])
         for fd in list(moved.values()) + [info, info_write]:

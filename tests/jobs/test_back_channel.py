@@ -40,7 +40,7 @@ def test_a_real_printers_rate():
 def test_a_read_that_starts_inside_a_record_is_put_right(shift, wanted):
     """A mark that is cut by the buffer's end is seen once the buffer begins with its rest."""
     def plan(p):
-        p.send(bytes(shift) + GOOD)
+        p.send(bytes(shift) + GOOD * 3)
         p.fresh(GOOD)
 
     result = compare.run(Job(plan=plan))
@@ -56,7 +56,7 @@ def test_a_marks_bytes_wrap_round_the_buffers_end():
     junk = b"\x8e\x5a" + bytes(141)
 
     def plan(p):
-        p.send(junk + GOOD)
+        p.send(junk + GOOD * 3)
         p.fresh(GOOD)
 
     result = compare.run(Job(plan=plan))

@@ -22,6 +22,7 @@ def script_in_place_of_the_filter(tmp_path, monkeypatch):
         program.write_text(text)
         program.chmod(0o755)
         monkeypatch.setenv("ZR7700_FILTER", str(program))
+        monkeypatch.delenv("ZR7700_PLAIN_FILTER", raising=False)
         monkeypatch.setattr(Job, "_place_engine", lambda self: None)
     return place
 
@@ -58,3 +59,14 @@ def test_a_job_that_hangs_is_ended_and_said_to_hang(script):
     script("#!/bin/sh\nexec sleep 60\n")
     result = Job(limit=1).run()
     assert result.status is None
+
+
+def fails(_):
+    assert False, "beside the job"
+
+
+@pytest.mark.parametrize("beside", ["plan", "actions"])
+def test_an_assertion_beside_a_job_fails_its_test(script, beside):
+    script("#!/bin/sh\nsleep 1\n")
+    with pytest.raises(AssertionError, match="beside the job"):
+        Job(**{beside: fails}).run()

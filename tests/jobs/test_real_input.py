@@ -130,7 +130,7 @@ def test_a_label_prints(kind, tmp_path):
     # 10 tenths of a millimetre are 23 dots; the lines strictly between the margins are sent.
     sent = [call for call in result.calls if call.startswith("HPESendBand")]
     assert [int(call.split()[3]) for call in sent] == list(range(24, side - 23))
-    assert all(call.endswith(f" 1 {side} {4 * side}") for call in sent)
+    assert sent and all(call.endswith(f" 1 {side} {4 * side}") for call in sent)
     expect_lines(result.pixels, lines, side)
     expect_bytes(result.stdout)
     assert result.log.count("**Set FEED: 8100, {0x00, 0x00, 0x1f, 0xa4}\n") == 2

@@ -6,6 +6,9 @@ import socket
 import threading
 import time
 
+import pace
+from beside import Beside
+
 NAME = "com.tessary.zr7700.socket"
 
 
@@ -13,10 +16,11 @@ class Utility:
     """Listens in `folder`. behaviour: "ack", "silent", "rubbish", "close" (hangs up without a
     word), "drip" (one letter at first), or "full" (never accepts, and its backlog is full)."""
 
-    def __init__(self, folder, behaviour):
+    def __init__(self, folder, behaviour, clock=pace.RealClock()):
+        self._clock = clock
         self._behaviour = behaviour
         self._stopped = threading.Event()
-        self._held = []
+        self._held, self._talks = [], []
         self.connections = 0
         self.heard = b""
         self.held_open = []
@@ -27,7 +31,7 @@ class Utility:
         self._socket.settimeout(0.05)
         if behaviour == "full":
             self._fill()
-        self._thread = threading.Thread(target=self._serve, daemon=True)
+        self._thread = Beside(self._serve)
         self._thread.start()
 
     def _fill(self):
@@ -47,11 +51,13 @@ class Utility:
             except socket.timeout:
                 continue
             self.connections += 1
-            threading.Thread(target=self._talk, args=(peer,), daemon=True).start()
+            self._talks.append(Beside(self._talk, peer))
+            self._talks[-1].start()
 
     def _talk(self, peer):
-        """Answers one connection and measures how long the filter holds it open."""
-        opened = time.monotonic()
+        """Answers one connection and measures how many of its seconds the filter
+        holds it open."""
+        opened = self._clock.now()
         answer = {"ack": b"Ack\0", "rubbish": b"\xffNak" * 500, "drip": b"A"}.get(self._behaviour)
         try:
             if answer is not None:
@@ -64,8 +70,12 @@ class Utility:
                 self.heard += data
         except OSError:
             pass
-        self.held_open.append(time.monotonic() - opened)
+        self.held_open.append(self._clock.now() - opened)
         peer.close()
+
+    def raise_failure(self):
+        for thread in (self._thread, *self._talks):
+            thread.raise_failure()
 
     def stop(self):
         self._stopped.set()

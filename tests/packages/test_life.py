@@ -10,8 +10,8 @@ import pytest
 from cups_in_root import DEVICE_ID, MODEL, Printing, wait_for
 from debian_root import snapshot
 from packages import NAMES, OUT, next_version, repository
+from steps import DRIVER, install, print_a_label
 
-DRIVER = "printer-driver-zr7700"
 HIGHER = "9.0"
 # What apt, dpkg and CUPS keep of what they have done, and the test's own folders.
 LEFT_OUT = {"/proc", "/dev", "/sys", "/tmp", "/repository", "/srv", "/run/cups", "/var/cache/apt",
@@ -32,37 +32,12 @@ def write_transcript(root):
     (OUT.parent / "package-transcript.txt").write_text("\n".join(root.said) + "\n")
 
 
-def install(root, printing):
-    """With the scheduler running, as on a desktop."""
-    printing.start()
-    root.apt(f"install {DRIVER} zr7700-virtual-printer zr7700-tools", told=True)
-    for name in NAMES:
-        assert root.run(f"dpkg-query -W -f '${{db:Status-Status}}' {name}")[1] == "installed"
-
-
 def find_the_model(root):
     assert f"{MODEL} Tessary ZR7700" in root.tell("lpinfo -m", keep="Tessary")[1]
     by_id = root.tell(f"lpinfo --device-id '{DEVICE_ID}' -m")[1]
     assert by_id.startswith(f"{MODEL} Tessary ZR7700")
     assert set(by_id.splitlines()[1:]) <= {"everywhere IPP Everywhere"}  # which CUPS adds to all
     assert "zr7700virtual" in root.run("lpinfo -v")[1]
-
-
-def check_languages(ppd):
-    """CUPS found the catalogues beside the driver's source."""
-    text = ppd.read_text()
-    assert re.search(r"^\*cupsLanguages: .*", text, re.M), "the PPD has no languages"
-    for language in ("de", "es", "fr", "ja"):
-        assert f"*{language}.PrintQuality Quality1/" in text
-
-
-def print_a_label(root, printing):
-    printing.add_queue()
-    check_languages(root.path("etc/cups/ppd/discs.ppd"))
-    printing.check_disc(printing.print())
-    # The filter's files lie where Debian wants them, and everybody may read the log.
-    assert root.path("var/log/zr7700/ZR7700Filter.log").owner() == "lp"
-    assert root.path("var/lib/zr7700/Frameworks/tqgrcfg.ini").owner() == "lp"
 
 
 def settings_reach_the_filter(root, printing):

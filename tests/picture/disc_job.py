@@ -22,7 +22,7 @@ import sandbox
 
 REPOSITORY = Path(__file__).resolve().parents[2]
 BUILD = Path(os.environ.get("ZR7700_BUILD", REPOSITORY / "build-release"))
-FILTER = os.environ.get("ZR7700_FILTER", str(BUILD / "rastertoZR7700"))
+FILTER = sandbox.filter_path(BUILD)
 PPD = BUILD / "ppd/zr7700.ppd"
 PICTURES = BUILD / "picture"
 

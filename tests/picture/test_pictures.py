@@ -13,14 +13,16 @@ LABELS = {name: str(disc_job.REPOSITORY / "labels" / name)
           for name in ("concert.pdf", "lake.png", "orientation.png")}
 FAMILIES = {"Q": "Granite", "U": "Heron"}
 WHITE = 255
-# Mean and 99th percentile of the colour difference stay below these.
-MEAN_LIMIT, PERCENTILE_LIMIT = 3, 10
+# Mean and 99th percentile of the colour difference stay below these, by resolution: a third above the
+# largest that are measured (0.57 and 2.4; 0.87 and 4.3).
+LIMITS = {600: (0.76, 3.2), 300: (1.16, 5.8)}
 # How far the ring may be from true circles: the filter draws it 0.17 per cent narrower than tall
 # (2.4 dots) and rounds the hole to the inside.
 ROUNDING_DOTS = 3
 
+# Qualities that differ in their passes alone (Granite's 2 and 4, all of Heron's) give the same disc.
 CASES = [(label, cartridge, f"PrintQuality=Quality{quality}")
-         for label in ("concert.pdf", "lake.png") for cartridge in "QU" for quality in (1, 2, 3, 4)]
+         for label in ("concert.pdf", "lake.png") for cartridge, quality in ("Q1", "Q3", "U2")]
 DRAFT = "print-quality=3"
 CASES += [("lake.png", "Q", DRAFT), ("concert.pdf", "U", DRAFT)]
 CASES += [("lake.png", "Q", "MediaType=HighGloss PrintQuality=Quality3"),
@@ -76,7 +78,8 @@ def test_disc_looks_like_its_label(label, cartridge, options, table):
     difference = ciede2000(lab(expected), lab(low_pass(linear_light(picture), dpi)))
     mean, high = difference.mean(), np.percentile(difference, 99)
     table.append((label, FAMILIES[cartridge], options, mean, high, difference.max()))
-    assert mean < MEAN_LIMIT and high < PERCENTILE_LIMIT, (mean, high)
+    mean_limit, percentile_limit = LIMITS[dpi]
+    assert mean < mean_limit and high < percentile_limit, (mean, high)
 
 
 def quadrant_patches(side):

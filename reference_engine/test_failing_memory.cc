@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The rastertoZR7700 authors
 // SPDX-License-Identifier: Apache-2.0
-#include "reference_engine/testing/failing_memory.h"
+#include "reference_engine/test_failing_memory.h"
 
 #include <cstdlib>
 #include <new>

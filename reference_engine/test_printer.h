@@ -2,8 +2,8 @@
 // shares no code with the engine.
 // SPDX-FileCopyrightText: The rastertoZR7700 authors
 // SPDX-License-Identifier: Apache-2.0
-#ifndef ZR7700_REFERENCE_ENGINE_TESTING_TEST_PRINTER_H_
-#define ZR7700_REFERENCE_ENGINE_TESTING_TEST_PRINTER_H_
+#ifndef ZR7700_REFERENCE_ENGINE_TEST_PRINTER_H_
+#define ZR7700_REFERENCE_ENGINE_TEST_PRINTER_H_
 
 #include <array>
 #include <cstdint>
@@ -105,4 +105,4 @@ class TestPrinter {
 
 }  // namespace zr7700::reference_engine::testing
 
-#endif  // ZR7700_REFERENCE_ENGINE_TESTING_TEST_PRINTER_H_
+#endif  // ZR7700_REFERENCE_ENGINE_TEST_PRINTER_H_

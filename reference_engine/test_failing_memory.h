@@ -2,8 +2,8 @@
 // its operator new replaced by one that counts, the libraries that it loads included.
 // SPDX-FileCopyrightText: The rastertoZR7700 authors
 // SPDX-License-Identifier: Apache-2.0
-#ifndef ZR7700_REFERENCE_ENGINE_TESTING_FAILING_MEMORY_H_
-#define ZR7700_REFERENCE_ENGINE_TESTING_FAILING_MEMORY_H_
+#ifndef ZR7700_REFERENCE_ENGINE_TEST_FAILING_MEMORY_H_
+#define ZR7700_REFERENCE_ENGINE_TEST_FAILING_MEMORY_H_
 
 #include <cstddef>
 
@@ -24,4 +24,4 @@ class FailingAllocation {
 
 }  // namespace zr7700::reference_engine::testing
 
-#endif  // ZR7700_REFERENCE_ENGINE_TESTING_FAILING_MEMORY_H_
+#endif  // ZR7700_REFERENCE_ENGINE_TEST_FAILING_MEMORY_H_

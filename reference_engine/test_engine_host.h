@@ -2,8 +2,8 @@
 // pictures through the 22 entries.
 // SPDX-FileCopyrightText: The rastertoZR7700 authors
 // SPDX-License-Identifier: Apache-2.0
-#ifndef ZR7700_REFERENCE_ENGINE_TESTING_ENGINE_HOST_H_
-#define ZR7700_REFERENCE_ENGINE_TESTING_ENGINE_HOST_H_
+#ifndef ZR7700_REFERENCE_ENGINE_TEST_ENGINE_HOST_H_
+#define ZR7700_REFERENCE_ENGINE_TEST_ENGINE_HOST_H_
 
 #include <array>
 #include <cstdint>
@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "reference_engine/testing/test_printer.h"
+#include "reference_engine/test_printer.h"
 #include "zr7700/host_print_engine.h"
 
 namespace zr7700::reference_engine::testing {
@@ -126,4 +126,4 @@ PrintedPage PrintAndRead(const FamilyName& family, const Job& job, const Picture
 
 }  // namespace zr7700::reference_engine::testing
 
-#endif  // ZR7700_REFERENCE_ENGINE_TESTING_ENGINE_HOST_H_
+#endif  // ZR7700_REFERENCE_ENGINE_TEST_ENGINE_HOST_H_

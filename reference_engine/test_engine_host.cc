@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: The rastertoZR7700 authors
 // SPDX-License-Identifier: Apache-2.0
-#include "reference_engine/testing/engine_host.h"
+#include "reference_engine/test_engine_host.h"
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>

@@ -1,6 +1,8 @@
 // SPDX-FileCopyrightText: The rastertoZR7700 authors
 // SPDX-License-Identifier: Apache-2.0
-#include "reference_engine/testing/test_printer.h"
+#include "reference_engine/test_printer.h"
+
+#include <zlib.h>
 
 #include <algorithm>
 #include <string_view>
@@ -10,14 +12,8 @@ namespace {
 
 constexpr uint8_t kStart = 0x1B;
 
-// Bit by bit, as the polynomial is defined.
 uint32_t Crc32(const std::vector<uint8_t>& bytes) {
-  uint32_t crc = 0xFFFFFFFF;
-  for (const uint8_t byte : bytes) {
-    crc ^= byte;
-    for (int bit = 0; bit < 8; ++bit) crc = (crc & 1) != 0 ? crc >> 1 ^ 0xEDB88320 : crc >> 1;
-  }
-  return crc ^ 0xFFFFFFFF;
+  return static_cast<uint32_t>(crc32_z(0, bytes.data(), bytes.size()));
 }
 
 // Expands runs of either family; false when the data stops inside a run or uses an illegal control.

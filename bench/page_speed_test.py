@@ -2,9 +2,16 @@
 # SPDX-FileCopyrightText: The rastertoZR7700 authors
 # SPDX-License-Identifier: Apache-2.0
 
+import sys
+from pathlib import Path
+
 import pytest
 
-import disc_job
+TOP = Path(__file__).resolve().parents[1]
+for folder in ("tests/picture", "tests/jobs", "tests/cups", "tools", "ppd"):
+    sys.path.insert(0, str(TOP / folder))
+
+import disc_job  # noqa: E402
 
 LAKE = str(disc_job.REPOSITORY / "labels/lake.png")
 # The goal is 0.15 s, and bench/peers.py measures 0.09 on a quiet machine. This limit is for a busy
