@@ -16,12 +16,18 @@
 namespace zr7700::platform {
 namespace {
 
+std::string PresentText() {
+  char text[kDateTextBytes];
+  DateText(text);
+  return text;
+}
+
 // The text as a fresh process tells it that starts with `zone` in its environment.
 std::string DateTextIn(const char* zone) {
   return TextOfChild([zone] {
     setenv("TZ", zone, 1);
     tzset();
-    return DateText();
+    return PresentText();
   });
 }
 
@@ -65,9 +71,7 @@ void PrintTo(const Zone& zone, std::ostream* out) { *out << zone.name; }
 class DateTextTest : public testing::TestWithParam<Zone> {};
 
 // time() runs up to a tick of the kernel's behind the clock that date texts are made from.
-time_t Present() {
-  return std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-}
+time_t Present() { return std::chrono::system_clock::to_time_t(std::chrono::system_clock::now()); }
 
 TEST_P(DateTextTest, TellsThePresentInLocalTimeWithItsOffset) {
   const time_t before = Present();
@@ -87,7 +91,7 @@ TEST(DateText, IsToldInAnyThread) {
   std::string texts[4];
   std::thread threads[4];
   const time_t before = Present();
-  for (int i = 0; i < 4; ++i) threads[i] = std::thread([&texts, i] { texts[i] = DateText(); });
+  for (int i = 0; i < 4; ++i) threads[i] = std::thread([&texts, i] { texts[i] = PresentText(); });
   for (std::thread& thread : threads) thread.join();
   for (const std::string& text : texts) {
     EXPECT_GE(MomentOf(text), before) << text;

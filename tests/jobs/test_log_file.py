@@ -101,6 +101,41 @@ def test_something_else_in_the_logs_place_never_holds_the_job(plant):
     assert result.calls[-1] == "DestroyHostPrintEngine H"
 
 
+def job_with_log_at(make):
+    """What stands in the file to which the log's name leads, after a job."""
+    def prepare(sandbox):
+        sandbox.path("/Users/target").write_bytes(OLD_LINE)
+        make(sandbox.path(jobs.LOG), sandbox.path("/Users/target"))
+
+    kept = []
+    job = Job(prepare=prepare)
+    job.actions = lambda running: kept.append(
+        running.until_trace("DestroyHostPrintEngine")
+        and running.sandbox.path("/Users/target").read_bytes())
+    assert job.run().status == 0
+    return kept[0]
+
+
+def test_a_link_of_the_filters_own_user_is_followed():
+    text = job_with_log_at(lambda log, target: log.symlink_to("/Users/target"))
+    assert text.startswith(OLD_LINE) and b"FILTER_STARTED" in text
+
+
+@pytest.mark.skipif(os.geteuid() != 0, reason="only root makes links of others")
+def test_a_link_of_another_is_not_followed():
+    text = job_with_log_at(lambda log, target: planted.foreign_link(log, "/Users/target"))
+    assert text == OLD_LINE
+
+
+@pytest.mark.skipif(os.geteuid() != 0, reason="only root gives files away")
+def test_another_users_file_with_a_second_name_is_left_alone():
+    def make(log, target):
+        os.chown(target, planted.NOBODY, planted.NOBODY)
+        os.link(target, log)
+
+    assert job_with_log_at(make) == OLD_LINE
+
+
 def test_a_log_folder_that_is_not_there_costs_only_the_log():
     def prepare(sandbox):
         os.rename(sandbox.path("/Library/Caches"), sandbox.path("/Library/Away"))
