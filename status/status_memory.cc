@@ -99,4 +99,8 @@ void CloseStatusMemory() {
   shm_unlink(paths::kStatusMemory);
 }
 
+void RemoveStatusMemory() {
+  if (memory.descriptor >= 0) shm_unlink(paths::kStatusMemory);
+}
+
 }  // namespace zr7700
