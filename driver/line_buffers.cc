@@ -8,6 +8,7 @@
 
 #include "base/byte_order.h"
 #include "base/log.h"
+#include "base/out_of_memory.h"
 #include "disc/raster_header.h"
 
 namespace zr7700 {
@@ -26,7 +27,10 @@ void LogRefusal(uint32_t size_bytes) {
 // `size_bytes` zeroed bytes and room for `capacity_bytes`; null, logged, when they cannot be had.
 uint8_t* AllocateLine(uint32_t size_bytes, size_t capacity_bytes) {
   void* const bytes = calloc(capacity_bytes, 1);
-  if (bytes == nullptr) LogRefusal(size_bytes);
+  if (bytes == nullptr) {
+    LogRefusal(size_bytes);
+    ReportNoMemory();
+  }
   return static_cast<uint8_t*>(bytes);
 }
 

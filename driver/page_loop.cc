@@ -7,6 +7,7 @@
 #include <cerrno>
 
 #include "base/log.h"
+#include "base/out_of_memory.h"
 #include "base/printable.h"
 #include "base/standard_error.h"
 #include "disc/raster_header.h"
@@ -31,7 +32,11 @@ enum class PageEnd { kGoOn, kLastPage, kAbandonJob };
 
 // A line that is too long is a page here: it fails where its buffers are allocated.
 bool ReadHeader(RasterStream& raster, cups_page_header2_t& header) {
-  const RasterStream::Next next = raster.NextPage(header);
+  RasterStream::Next next;
+  {
+    const MemoryWatch watch;
+    next = raster.NextPage(header);
+  }
   const bool has_page = next == RasterStream::Next::kPage || next == RasterStream::Next::kTooLong;
   return !TakeCancel() && has_page;
 }
@@ -57,6 +62,7 @@ LineRead ReadLine(RasterStream& raster, uint32_t line_bytes, LineBuffers& buffer
   errno = 0;
   if (raster.ReadPixels({buffers.line(), line_bytes})) return LineRead::kRead;
   const int read_errno = errno;
+  if (read_errno == ENOMEM) ReportNoMemory();
   if (TakeCancel()) return LineRead::kCancelled;
   LogMessage(kLogDetail, "     BAILING on print, num bytes read %u %u", 0U,
              static_cast<unsigned>(read_errno));

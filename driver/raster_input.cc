@@ -11,6 +11,7 @@
 
 #include "base/cancel_signal.h"
 #include "base/log.h"
+#include "base/out_of_memory.h"
 
 namespace zr7700 {
 namespace {
@@ -40,6 +41,7 @@ std::unique_ptr<RasterStream> OpenRaster(const char* path) {
     }
   }
   void* const context = reinterpret_cast<void*>(static_cast<intptr_t>(descriptor));
+  const MemoryWatch watch;
   return std::make_unique<RasterStream>(ReadInput, context);
 }
 

@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "base/log.h"
+#include "base/out_of_memory.h"
 #include "engine/engine_entries.h"
 #include "engine/job_variables.h"
 #include "engine/library_trust.h"
@@ -34,6 +35,7 @@ const paths::EngineFamily* FindFamily(char letter) {
 // Null for a library that cannot be opened, or may not be: as root the filter would do whatever its
 // author wants.
 void* OpenLibrary(const char* path) {
+  const MemoryWatch watch;
   if (geteuid() != 0) return dlopen(path, RTLD_LAZY);
   PathText real_path;
   if (BelongsToRootAlone(path, real_path)) return dlopen(real_path.text, RTLD_LAZY);
