@@ -23,14 +23,17 @@ enum LogLevel : int {
 // any other thread exists.
 void LogOpen(const char* path, int threshold);
 
-// Gives group and others the right to read the file at `path`. A missing file, or one that is not a
-// regular file, is left alone. Main thread.
+// Gives group and others the right to read the file at `path`. What LogMessage would not write to
+// is left alone, and so is a file that can be opened neither for writing nor for reading. Main
+// thread.
 void LogFixPermissions(const char* path);
 
 // Writes one line; does nothing before LogOpen. A message is cut after 899 bytes, the line end
 // never is. A file of 3,000,000 bytes or more is started afresh with this line. A line that cannot
-// be written is lost without a word, and so is one whose file has been replaced by a symbolic link
-// or a FIFO: the folder may be writable by others. Keeps errno. Any thread, but no signal handler.
+// be written is lost without a word. As the folder may be writable by others, so is one whose file
+// is no regular file, a symbolic link that neither root nor the process's own user made, or a file
+// of another user that has a second name. Needs no heap. Keeps errno. Any thread, but no signal
+// handler.
 void LogMessage(int level, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
 }  // namespace zr7700

@@ -15,6 +15,8 @@
 #include <thread>
 #include <vector>
 
+#include "tests/support/foreign_link.h"
+#include "tests/support/heap_calls.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/temporary_folder.h"
 
@@ -25,6 +27,7 @@ using ::testing::ElementsAre;
 using ::testing::EndsWith;
 using ::testing::MatchesRegex;
 using ::testing::SizeIs;
+using ::testing::StartsWith;
 
 class LogTest : public ::testing::Test {
  protected:
@@ -175,20 +178,68 @@ TEST_F(LogTest, ACharacterOfZeroEndsTheMessageAndNotTheLine) {
   EXPECT_THAT(log.Lines(), ElementsAre("Printer Status = ", "next"));
 }
 
-TEST_F(LogTest, ASymbolicLinkInItsPlaceIsNotFollowed) {
+TEST_F(LogTest, ItsOwnUsersLinkIsFollowed) {
+  const std::string target = folder_.WriteFile("target", "old\r\n");
+  ASSERT_EQ(chmod(target.c_str(), 0600), 0);
+  std::filesystem::create_symlink("target", path_);
+  Open();
+  LogMessage(1, "next");
+  EXPECT_THAT(test::ReadFile(target), AllOf(StartsWith("old\r\n"), EndsWith(" next\r\n")));
+  EXPECT_EQ(Mode(), 0644U);  // stat follows the link
+}
+
+TEST_F(LogTest, ADanglingLinkOfItsOwnUsersMakesTheFile) {
+  std::filesystem::create_symlink("target", path_);
+  Open();
+  LogMessage(1, "first");
+  EXPECT_THAT(test::ReadFile(folder_.PathOf("target")), EndsWith(" first\r\n"));
+}
+
+TEST_F(LogTest, ALinkOfAnotherIsNotFollowed) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root makes links of others";
   const std::string target = folder_.WriteFile("target", "old");
-  std::filesystem::create_symlink(target, path_);
+  ASSERT_EQ(chmod(target.c_str(), 0600), 0);
+  test::ForeignLink(path_, target);
   Open();
   LogMessage(1, "stray");
   EXPECT_EQ(test::ReadFile(target), "old");
+  EXPECT_EQ(Mode(), 0600U);
 }
 
-TEST_F(LogTest, PermissionsOfALinksTargetAreLeftAlone) {
+TEST_F(LogTest, AFileOfAnotherWithASecondNameIsLeftAlone) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root gives files away";
   const std::string target = folder_.WriteFile("target", "old");
+  std::filesystem::create_hard_link(target, path_);
+  ASSERT_EQ(chown(target.c_str(), 65534, 65534), 0);
   ASSERT_EQ(chmod(target.c_str(), 0600), 0);
-  std::filesystem::create_symlink(target, path_);
   Open();
-  EXPECT_EQ(Mode(), 0600U);  // stat follows the link
+  LogMessage(1, "stray");
+  EXPECT_EQ(Content(), "old");
+  EXPECT_EQ(Mode(), 0600U);
+}
+
+TEST_F(LogTest, AFileOfAnotherAndAnOwnOneWithASecondNameAreWritten) {
+  Fill(1);
+  if (geteuid() == 0) {
+    ASSERT_EQ(chown(path_.c_str(), 65534, 65534), 0);
+  }
+  Open();
+  LogMessage(1, "one");
+  EXPECT_THAT(Content(), EndsWith(" one\r\n"));
+  ASSERT_EQ(chown(path_.c_str(), geteuid(), getegid()), 0);
+  std::filesystem::create_hard_link(path_, folder_.PathOf("second"));
+  LogMessage(1, "two");
+  EXPECT_THAT(Content(), EndsWith(" two\r\n"));
+}
+
+TEST_F(LogTest, ALineNeedsNoHeap) {
+  const test::LogCapture log;
+  const std::string long_text(2000, 'x');
+  const size_t calls_before = test::HeapCalls();
+  LogMessage(1, "%s %d %.0f%% %u %p %c %.64s", long_text.c_str(), -1, 100.0 / 3, 7U,
+             static_cast<const void*>(&log), 'c', "text");
+  EXPECT_EQ(test::HeapCalls(), calls_before);
+  EXPECT_THAT(log.Lines(), SizeIs(1));
 }
 
 TEST_F(LogTest, AFifoInItsPlaceHoldsNothingUp) {

@@ -8,6 +8,8 @@
 
 #include <cerrno>
 
+#include "base/trusted_links.h"
+
 namespace zr7700 {
 namespace {
 
@@ -15,13 +17,17 @@ namespace {
 // scope.
 class RegularFile {
  public:
-  RegularFile(const char* path, int flags)
-      : descriptor_(open(path, flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0666)) {
+  RegularFile(const char* path, Links links)
+      : descriptor_(links == Links::kTrusted
+                        ? OpenThroughTrustedLinks(path, O_RDONLY)
+                        : open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)) {
     struct stat info;
-    if (descriptor_ < 0 || (fstat(descriptor_, &info) == 0 && S_ISREG(info.st_mode))) return;
+    if (descriptor_ < 0) return;
+    const int reason = fstat(descriptor_, &info) != 0 ? errno : S_ISREG(info.st_mode) ? 0 : EINVAL;
+    if (reason == 0) return;
     close(descriptor_);
     descriptor_ = -1;
-    errno = EINVAL;
+    errno = reason;
   }
   ~RegularFile() {
     if (descriptor_ >= 0) close(descriptor_);
@@ -50,22 +56,33 @@ FileReading ReadToEnd(int descriptor, size_t limit_bytes, std::string& bytes) {
   return FileReading::kTooLong;
 }
 
+// Why a file could not be opened. A refusal that the file's rights do not bear out is a failure.
+FileReading WithoutFile(const char* path) {
+  switch (errno) {
+    case ENOENT:
+    case ENOTDIR:
+      return FileReading::kMissing;
+    case EACCES:
+    case EPERM:
+      return faccessat(AT_FDCWD, path, R_OK, AT_EACCESS) != 0 ? FileReading::kRefused
+                                                              : FileReading::kFailed;
+    case EINVAL:
+    case EISDIR:
+    case ELOOP:
+    case ENXIO:
+      return FileReading::kRefused;
+    default:
+      return FileReading::kFailed;
+  }
+}
+
 }  // namespace
 
 FileReading ReadRegularFile(const char* path, Links links, size_t limit_bytes, std::string& bytes) {
   bytes.clear();
   if (path == nullptr) return FileReading::kMissing;
-  const RegularFile file(path, O_RDONLY | (links == Links::kRefused ? O_NOFOLLOW : 0));
-  if (file.IsOpen()) return ReadToEnd(file.descriptor(), limit_bytes, bytes);
-  return errno == ENOENT || errno == ENOTDIR ? FileReading::kMissing : FileReading::kRefused;
-}
-
-bool WriteRegularFile(const char* path, std::string_view text) {
-  if (path == nullptr) return false;
-  const RegularFile file(path, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW);
-  if (!file.IsOpen()) return false;
-  [[maybe_unused]] const ssize_t written = write(file.descriptor(), text.data(), text.size());
-  return true;
+  const RegularFile file(path, links);
+  return file.IsOpen() ? ReadToEnd(file.descriptor(), limit_bytes, bytes) : WithoutFile(path);
 }
 
 }  // namespace zr7700

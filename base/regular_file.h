@@ -1,5 +1,5 @@
-// Whole-file reading and writing that a FIFO or a device in the file's place cannot hold up:
-// neither is a regular file here.
+// Whole-file reading that a FIFO or a device in the file's place cannot hold up: neither is a
+// regular file here.
 //
 // Without state of its own, so that other houses than the filter may link it too.
 // SPDX-FileCopyrightText: The rastertoZR7700 authors
@@ -9,14 +9,13 @@
 
 #include <cstddef>
 #include <string>
-#include <string_view>
 
 namespace zr7700 {
 
 // What a symbolic link in the file's place is.
 enum class Links {
   kFollowed,
-  kRefused,  // no regular file
+  kTrusted,  // followed when root or the process's own user made it, no regular file otherwise
 };
 
 // How reading came out.
@@ -25,17 +24,13 @@ enum class FileReading {
   kTooLong,  // the file has more bytes than the limit
   kMissing,  // there is no such file
   kRefused,  // no regular file, or one that may not be read; errno says why
-  kFailed,   // the system failed while it read; errno says why
+  kFailed,   // the system failed while it opened or read; errno says why
 };
 
 // Reads the file at `path` into `bytes`: all of it, the first `limit_bytes` of one that is longer,
 // what came before a failure, nothing of one that is missing or refused. A null `path` is a missing
 // file. Any thread.
 FileReading ReadRegularFile(const char* path, Links links, size_t limit_bytes, std::string& bytes);
-
-// Opens the file for writing, creating or emptying it, and writes `text`. False when it cannot be
-// opened, is a symbolic link or no regular file; a short write is not reported. Any thread.
-bool WriteRegularFile(const char* path, std::string_view text);
 
 }  // namespace zr7700
 

@@ -3,11 +3,14 @@
 #include "base/regular_file.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 
+#include "tests/support/foreign_link.h"
+#include "tests/support/ordinary_user.h"
 #include "tests/support/temporary_folder.h"
 
 namespace zr7700 {
@@ -16,7 +19,7 @@ namespace {
 class RegularFileTest : public testing::Test {
  protected:
   FileReading Read(const std::string& path, size_t limit_bytes = 1 << 20,
-                   Links links = Links::kRefused) {
+                   Links links = Links::kTrusted) {
     bytes_ = "what was there before";
     return ReadRegularFile(path.c_str(), links, limit_bytes, bytes_);
   }
@@ -47,33 +50,60 @@ TEST_F(RegularFileTest, TellsAMissingFile) {
   EXPECT_EQ(Read("/no/such"), FileReading::kMissing);
   EXPECT_EQ(Read(folder_.WriteFile("file", "x") + "/in"), FileReading::kMissing);
   EXPECT_EQ(bytes_, "");
-  EXPECT_EQ(ReadRegularFile(nullptr, Links::kRefused, 10, bytes_), FileReading::kMissing);
-  EXPECT_FALSE(WriteRegularFile(nullptr, "x"));
-  EXPECT_FALSE(WriteRegularFile("/no/such", "x"));
+  EXPECT_EQ(ReadRegularFile(nullptr, Links::kTrusted, 10, bytes_), FileReading::kMissing);
 }
 
 TEST_F(RegularFileTest, WhatIsNoFileIsRefused) {
   const std::string fifo = folder_.PathOf("fifo");
   ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
   for (const std::string& path : {folder_.path().string(), fifo, std::string("/dev/zero")}) {
-    for (const Links links : {Links::kFollowed, Links::kRefused}) {
+    for (const Links links : {Links::kFollowed, Links::kTrusted}) {
       EXPECT_EQ(Read(path, 10, links), FileReading::kRefused) << path;
       EXPECT_EQ(errno, EINVAL) << path;
       EXPECT_EQ(bytes_, "") << path;
     }
-    EXPECT_FALSE(WriteRegularFile(path.c_str(), "x")) << path;
   }
 }
 
-TEST_F(RegularFileTest, ALinkIsReadWhereItIsFollowedAndNeverWritten) {
+TEST_F(RegularFileTest, OwnLinksAreReadEitherWay) {
   const std::string target = folder_.WriteFile("target", "precious");
   const std::string link = folder_.PathOf("link");
   ASSERT_EQ(symlink(target.c_str(), link.c_str()), 0);
-  EXPECT_EQ(Read(link, 10, Links::kRefused), FileReading::kRefused);
+  for (const Links links : {Links::kFollowed, Links::kTrusted}) {
+    EXPECT_EQ(Read(link, 10, links), FileReading::kRead);
+    EXPECT_EQ(bytes_, "precious");
+  }
+}
+
+TEST_F(RegularFileTest, LinksOfOthersAreReadWhereAllAreFollowed) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root makes links of others";
+  const std::string target = folder_.WriteFile("target", "precious");
+  const std::string link = test::ForeignLink(folder_.PathOf("link"), target);
+  EXPECT_EQ(Read(link, 10, Links::kTrusted), FileReading::kRefused);
+  EXPECT_EQ(errno, ELOOP);
   EXPECT_EQ(Read(link, 10, Links::kFollowed), FileReading::kRead);
   EXPECT_EQ(bytes_, "precious");
-  EXPECT_FALSE(WriteRegularFile(link.c_str(), "x"));
-  EXPECT_EQ(test::ReadFile(target), "precious");
+}
+
+TEST_F(RegularFileTest, AFileThatMayNotBeReadIsRefused) {
+  chmod(folder_.path().c_str(), 0755);
+  const std::string path = folder_.WriteFile("file", "secret");
+  ASSERT_EQ(chmod(path.c_str(), 0200), 0);
+  const test::OrdinaryUser user;
+  EXPECT_EQ(Read(path), FileReading::kRefused);
+  EXPECT_EQ(errno, EACCES);
+}
+
+// A process without a free descriptor cannot open what is there.
+TEST_F(RegularFileTest, AFileThatTheSystemCannotOpenNowIsNoMissingOne) {
+  const std::string path = folder_.WriteFile("file", "text");
+  rlimit limit{};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+  const rlimit none = {0, limit.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+  EXPECT_EQ(Read(path), FileReading::kFailed);
+  EXPECT_EQ(errno, EMFILE);
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
 }
 
 // The beginning of a process's memory is never mapped, so that reading it is an error.
@@ -81,16 +111,6 @@ TEST_F(RegularFileTest, TellsAFailedReading) {
   EXPECT_EQ(Read("/proc/self/mem"), FileReading::kFailed);
   EXPECT_EQ(errno, EIO);
   EXPECT_EQ(bytes_, "");
-}
-
-TEST_F(RegularFileTest, WritingCreatesAndReplaces) {
-  const std::string path = folder_.PathOf("file");
-  EXPECT_TRUE(WriteRegularFile(path.c_str(), "a long text"));
-  EXPECT_EQ(test::ReadFile(path), "a long text");
-  EXPECT_TRUE(WriteRegularFile(path.c_str(), "short"));
-  EXPECT_EQ(test::ReadFile(path), "short");
-  EXPECT_TRUE(WriteRegularFile(path.c_str(), ""));
-  EXPECT_EQ(test::ReadFile(path), "");
 }
 
 }  // namespace

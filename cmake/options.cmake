@@ -20,6 +20,7 @@ target_compile_options(zr7700_options INTERFACE
 if(ZR7700_WARNINGS_AS_ERRORS)
   target_compile_options(zr7700_options INTERFACE -Werror)
 endif()
+include(${CMAKE_CURRENT_LIST_DIR}/hardening.cmake)
 if(ZR7700_SANITIZE)
   target_compile_options(zr7700_options INTERFACE
     -fsanitize=${ZR7700_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)

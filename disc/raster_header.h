@@ -1,7 +1,4 @@
-// The words of a page's raster header that CUPS declares as enumerations.
-//
-// A header comes from outside and may hold any number there; reading it as an enumeration that does
-// not reach so far would be undefined.
+// What a page's raster header says, looked at without trust in it: it comes from outside.
 // SPDX-FileCopyrightText: The rastertoZR7700 authors
 // SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_DISC_RASTER_HEADER_H_
@@ -9,11 +6,38 @@
 
 #include <cups/raster.h>
 
+#include <array>
 #include <cstdint>
 #include <cstring>
+#include <span>
 
 namespace zr7700 {
 
+// The longest line that any filter takes.
+inline constexpr uint32_t kMostLinePixels = 131'072;
+
+// The form of a stream's headers, told by the four bytes that it begins with.
+struct RasterForm {
+  size_t header_bytes = 0;  // 0 for what is no raster
+  bool is_swapped = false;  // the words are of the other byte order
+  bool is_compressed = false;
+};
+
+// Of a phone's raster, whose headers are short.
+inline constexpr size_t kShortHeaderBytes = 32;
+
+RasterForm FormOfRaster(const std::array<unsigned char, 4>& sync_word);
+
+// The header that stands in `bytes`, form.header_bytes of them, as libcups is going to read it; of
+// a short one only what tells a line's length. Any thread.
+cups_page_header2_t DecodeHeader(std::span<const unsigned char> bytes, const RasterForm& form);
+
+// Whether a line has more than kMostLinePixels pixels of whole bytes, or more bytes than as many of
+// the largest pixels that CUPS knows. Any thread.
+bool IsLineTooLong(const cups_page_header2_t& header);
+
+// The words that CUPS declares as enumerations may hold any number; reading one as an enumeration
+// that does not reach so far would be undefined.
 template <typename Field>
 uint32_t HeaderWord(const Field& field) {
   static_assert(sizeof(Field) == sizeof(uint32_t));

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include "base/out_of_memory.h"
 #include "base/standard_error.h"
 #include "driver/user_message.h"
 #include "platform/platform.h"
@@ -32,7 +33,10 @@ void FillArguments(char* argv[], FilterArgs& arguments) {
   arguments.job_id = static_cast<int32_t>(strtol(argv[1], nullptr, 10));
   arguments.user = argv[2];
   arguments.title = argv[3];
-  arguments.option_count = cupsParseOptions(argv[5], 0, &arguments.options);
+  {
+    const MemoryWatch watch;
+    arguments.option_count = cupsParseOptions(argv[5], 0, &arguments.options);
+  }
   arguments.SkipLowInkFWCheck = HasYesOption(arguments, "SkipLowInkFWCheck");
   arguments.SuppressStartingUtilityOnError =
       HasYesOption(arguments, "SuppressStartingUtilityOnError");
@@ -43,9 +47,17 @@ ppd_file_t* OpenPpd() {
   const char* const path = getenv("PPD");
   errno = 0;
   ppd_file_t* const ppd = path != nullptr ? ppdOpenFile(path) : nullptr;
+  if (ppd != nullptr && errno == ENOMEM) ReportNoMemory();  // something of it is missing
   // A file that opens but is no PPD leaves no error of the system's.
   if (ppd == nullptr && errno == 0) errno = path != nullptr ? EINVAL : ENOENT;
   return ppd;
+}
+
+// A choice that could not be marked would be printed as if it had not been made.
+void MarkChoices(ppd_file_t* ppd, const FilterArgs& arguments) {
+  const MemoryWatch watch;
+  ppdMarkDefaults(ppd);
+  cupsMarkOptions(ppd, arguments.option_count, arguments.options);
 }
 
 void ReportMissingPpd() {
@@ -67,8 +79,7 @@ ppd_file_t* ParseCommandLine(int argc, char* argv[], FilterArgs& arguments) {
     ReportMissingPpd();
     return nullptr;
   }
-  ppdMarkDefaults(ppd);
-  cupsMarkOptions(ppd, arguments.option_count, arguments.options);
+  MarkChoices(ppd, arguments);
   CreateStatusMemory(kStatusRecordBytes);
   return ppd;
 }

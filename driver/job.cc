@@ -96,7 +96,7 @@ int RunJob(int argc, char* argv[]) {
   // them.
   static FilterArgs arguments;
   static ppd_file_t* ppd = nullptr;
-  static cups_raster_t* raster = nullptr;
+  static RasterStream* raster = nullptr;
 
   ppd = ParseCommandLine(argc, argv, arguments);
   if (ppd == nullptr) return EXIT_FAILURE;
@@ -106,10 +106,11 @@ int RunJob(int argc, char* argv[]) {
   PrepareCancel();
   if (!DocumentSetup(ppd)) return EXIT_FAILURE;
 
-  if (!OpenRaster(argc == kArgumentsWithFile ? argv[6] : nullptr, raster)) return EXIT_FAILURE;
+  raster = OpenRaster(argc == kArgumentsWithFile ? argv[6] : nullptr).release();
+  if (raster == nullptr) return EXIT_FAILURE;
 
   int page_count = 0;
-  if (PrintPages(raster, arguments.SuppressStartingUtilityOnError, page_count) ==
+  if (PrintPages(*raster, arguments.SuppressStartingUtilityOnError, page_count) ==
       LoopEnd::kAbandoned) {
     return EXIT_FAILURE;
   }

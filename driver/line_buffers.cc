@@ -5,31 +5,31 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <utility>
 
 #include "base/byte_order.h"
 #include "base/log.h"
+#include "base/out_of_memory.h"
+#include "disc/raster_header.h"
 
 namespace zr7700 {
 namespace {
 
-constexpr uint64_t kMostBytes = uint64_t{64} << 20;
 constexpr uint32_t kLineBytesPerPixel = 3;
 constexpr uint32_t kRgbmBytesPerPixel = 4;
 
 // Bytes behind the line that a 4-byte load of its last pixel may touch.
-constexpr uint64_t kSlack = 1;
+constexpr size_t kSlack = 1;
 
-// `size_bytes` zeroed bytes and room for `capacity_bytes`; null, logged, when they are too many or
-// cannot be had.
-uint8_t* AllocateLine(uint64_t size_bytes, uint64_t capacity_bytes) {
-  void* bytes = nullptr;
-  const uint64_t room_bytes = std::max(size_bytes, capacity_bytes);
-  if (size_bytes <= kMostBytes && std::in_range<size_t>(room_bytes)) {
-    bytes = calloc(static_cast<size_t>(room_bytes), 1);
-  }
+void LogRefusal(uint32_t size_bytes) {
+  LogMessage(kLogDetail, "     Unable to allocate %u bytes!", size_bytes);
+}
+
+// `size_bytes` zeroed bytes and room for `capacity_bytes`; null, logged, when they cannot be had.
+uint8_t* AllocateLine(uint32_t size_bytes, size_t capacity_bytes) {
+  void* const bytes = calloc(capacity_bytes, 1);
   if (bytes == nullptr) {
-    LogMessage(kLogDetail, "     Unable to allocate %u bytes!", static_cast<uint32_t>(size_bytes));
+    LogRefusal(size_bytes);
+    ReportNoMemory();
   }
   return static_cast<uint8_t*>(bytes);
 }
@@ -40,13 +40,17 @@ void LineBuffers::Free::operator()(uint8_t* bytes) const { free(bytes); }
 
 bool LineBuffers::Allocate(const cups_page_header2_t& header) {
   const uint32_t line_bytes = header.cupsBytesPerLine;
+  if (IsLineTooLong(header)) {
+    LogRefusal(line_bytes);
+    return false;
+  }
   const uint32_t bytes_per_pixel = header.cupsBitsPerPixel >> 3;
   pixel_count_ = bytes_per_pixel != 0 ? line_bytes / bytes_per_pixel : 0;
-  const uint64_t rgbm_bytes = uint64_t{pixel_count_} * kRgbmBytesPerPixel;
+  const uint32_t rgbm_bytes = pixel_count_ * kRgbmBytesPerPixel;
   // Every pixel is read as 3 bytes, whatever its size: small pixels need a longer line.
-  const uint64_t read_bytes = std::min(uint64_t{pixel_count_} * kLineBytesPerPixel, kMostBytes);
+  const uint32_t read_bytes = pixel_count_ * kLineBytesPerPixel;
 
-  line_.reset(AllocateLine(line_bytes, std::max<uint64_t>(line_bytes, read_bytes) + kSlack));
+  line_.reset(AllocateLine(line_bytes, std::max(line_bytes, read_bytes) + kSlack));
   if (line_ == nullptr) return false;
   void* const line_address = line_.get();
   LogMessage(kLogDetail, "     Allocated line buffer %u bytes at %p!", line_bytes, line_address);
@@ -56,8 +60,8 @@ bool LineBuffers::Allocate(const cups_page_header2_t& header) {
   }
   rgbm_.reset(AllocateLine(rgbm_bytes, rgbm_bytes + kSlack));
   if (rgbm_ == nullptr) return false;
-  LogMessage(kLogDetail, "     Allocated rgbmline buffer %u bytes at %p!",
-             static_cast<uint32_t>(rgbm_bytes), line_address);
+  LogMessage(kLogDetail, "     Allocated rgbmline buffer %u bytes at %p!", rgbm_bytes,
+             line_address);
   return true;
 }
 

@@ -15,8 +15,9 @@ namespace zr7700 {
 // thread.
 class LineBuffers {
  public:
-  // Makes both for the page that `header` describes. False, with the reason in the log, when a
-  // pixel would have less than a byte, or a buffer could not be had or would pass 64 MiB.
+  // Makes both for the page that `header` describes. False, with the reason in the log, when a line
+  // is too long (disc/raster_header.h), a pixel would have less than a byte, or a buffer could not
+  // be had.
   bool Allocate(const cups_page_header2_t& header);
 
   // `header`'s bytes per line, to be filled with the line as read.

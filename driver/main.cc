@@ -3,6 +3,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "about/questions.h"
 #include "driver/job.h"
+#include "driver/system_limits.h"
 
 // The version record that what(1) and like tools look for in the binary.
 extern const char kVersionRecord[];
@@ -31,5 +32,6 @@ int main(int argc, char* argv[]) {
   if (argc == 2 && zr7700::IsQuestion(argv[1])) {
     return zr7700::AnswerQuestion(argv[1], "rastertoZR7700", kUsage);
   }
+  zr7700::PrepareForSystemLimits();
   return zr7700::RunJob(argc, argv);
 }

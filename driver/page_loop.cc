@@ -5,6 +5,8 @@
 #include <cerrno>
 
 #include "base/log.h"
+#include "base/out_of_memory.h"
+#include "base/printable.h"
 #include "base/standard_error.h"
 #include "disc/raster_header.h"
 #include "driver/line_buffers.h"
@@ -26,8 +28,14 @@ enum class LineRead { kRead, kNoMoreData, kCancelled };
 
 enum class PageEnd { kGoOn, kLastPage, kAbandonJob };
 
-bool ReadHeader(cups_raster_t* raster, cups_page_header2_t& header) {
-  const bool has_page = cupsRasterReadHeader2(raster, &header) != 0;
+// A line that is too long is a page here: it fails where its buffers are allocated.
+bool ReadHeader(RasterStream& raster, cups_page_header2_t& header) {
+  RasterStream::Next next;
+  {
+    const MemoryWatch watch;
+    next = raster.NextPage(header);
+  }
+  const bool has_page = next == RasterStream::Next::kPage || next == RasterStream::Next::kTooLong;
   return !TakeCancel() && has_page;
 }
 
@@ -35,8 +43,9 @@ bool ReadHeader(cups_raster_t* raster, cups_page_header2_t& header) {
 void LogHeader(const cups_page_header2_t& header) {
   LogMessage(kLogDetail, "     cupsColorSpace %u ", ColorSpaceOf(header));
   LogMessage(kLogDetail, "     cupsColorOrder %u ", ColorOrderOf(header));
-  LogMessage(kLogDetail, "     cupsColorOrder %.64s %.64s %.64s %.64s ", header.MediaColor,
-             header.MediaClass, header.MediaType, header.OutputType);
+  LogMessage(kLogDetail, "     cupsColorOrder %s %s %s %s ", Printable(header.MediaColor).c_str(),
+             Printable(header.MediaClass).c_str(), Printable(header.MediaType).c_str(),
+             Printable(header.OutputType).c_str());
 }
 
 // Every page after the first.
@@ -47,13 +56,13 @@ bool CheckPrinterAgain(int page_count) {
 }
 
 // Reads the page's next line into the buffers. A read that a cancel ended is no error of the data.
-LineRead ReadLine(cups_raster_t* raster, uint32_t line_bytes, LineBuffers& buffers) {
+LineRead ReadLine(RasterStream& raster, uint32_t line_bytes, LineBuffers& buffers) {
   errno = 0;
-  const unsigned count = cupsRasterReadPixels(raster, buffers.line(), line_bytes);
-  if (count != 0) return LineRead::kRead;
+  if (raster.ReadPixels({buffers.line(), line_bytes})) return LineRead::kRead;
   const int read_errno = errno;
+  if (read_errno == ENOMEM) ReportNoMemory();
   if (TakeCancel()) return LineRead::kCancelled;
-  LogMessage(kLogDetail, "     BAILING on print, num bytes read %u %u", count,
+  LogMessage(kLogDetail, "     BAILING on print, num bytes read %u %u", 0U,
              static_cast<unsigned>(read_errno));
   return LineRead::kNoMoreData;
 }
@@ -65,7 +74,7 @@ void ReportProgress(int page, unsigned y, unsigned height) {
 
 // Sends the page's lines; a page whose data ends early is sent as far as it goes. False when a
 // cancel ended it.
-bool SendLines(cups_raster_t* raster, const cups_page_header2_t& header, int page,
+bool SendLines(RasterStream& raster, const cups_page_header2_t& header, int page,
                LineBuffers& buffers) {
   LogMessage(kLogDetail, "     cupsHeight=%u", header.cupsHeight);
   for (unsigned y = 0; y < header.cupsHeight; ++y) {
@@ -80,7 +89,7 @@ bool SendLines(cups_raster_t* raster, const cups_page_header2_t& header, int pag
 }
 
 // The page in the engine, watched by the status thread. False after an error or a cancel.
-bool PrintOpenPage(cups_raster_t* raster, const cups_page_header2_t& header, int page,
+bool PrintOpenPage(RasterStream& raster, const cups_page_header2_t& header, int page,
                    bool suppress_utility, LineBuffers& buffers) {
   StartStatusThread(suppress_utility);
   PauseJob(kThreadStart_ms);
@@ -93,7 +102,7 @@ bool PrintOpenPage(cups_raster_t* raster, const cups_page_header2_t& header, int
   return ok;
 }
 
-PageEnd PrintPage(cups_raster_t* raster, const cups_page_header2_t& header, bool suppress_utility,
+PageEnd PrintPage(RasterStream& raster, const cups_page_header2_t& header, bool suppress_utility,
                   int& page_count) {
   LogHeader(header);
   LineBuffers buffers;
@@ -108,7 +117,7 @@ PageEnd PrintPage(cups_raster_t* raster, const cups_page_header2_t& header, bool
 
 }  // namespace
 
-LoopEnd PrintPages(cups_raster_t* raster, bool suppress_utility, int& page_count) {
+LoopEnd PrintPages(RasterStream& raster, bool suppress_utility, int& page_count) {
   cups_page_header2_t header;
   while (ReadHeader(raster, header)) {
     const PageEnd end = PrintPage(raster, header, suppress_utility, page_count);

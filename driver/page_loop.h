@@ -4,7 +4,7 @@
 #ifndef ZR7700_DRIVER_PAGE_LOOP_H_
 #define ZR7700_DRIVER_PAGE_LOOP_H_
 
-#include <cups/raster.h>
+#include "disc/raster_stream.h"
 
 namespace zr7700 {
 
@@ -16,7 +16,7 @@ enum class LoopEnd {
 // Prints every page of `raster` and counts the pages begun in `page_count`. `suppress_utility`
 // keeps the status thread from telling the printer utility. Main thread, once a job, after the
 // document is set up.
-LoopEnd PrintPages(cups_raster_t* raster, bool suppress_utility, int& page_count);
+LoopEnd PrintPages(RasterStream& raster, bool suppress_utility, int& page_count);
 
 }  // namespace zr7700
 

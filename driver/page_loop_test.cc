@@ -121,14 +121,17 @@ class PageLoop : public ::testing::Test {
     }
   }
 
+  static ssize_t ReadFile(void* file, unsigned char* bytes, size_t count) {
+    return read(fileno(static_cast<FILE*>(file)), bytes, count);
+  }
+
   // Runs the loop; standard error stays in told_.
   LoopEnd Print(bool suppress = false) {
     lseek(fileno(file_), 0, SEEK_SET);
-    cups_raster_t* raster = cupsRasterOpen(fileno(file_), CUPS_RASTER_READ);
+    RasterStream raster(ReadFile, file_);
     test::StderrCapture capture;
     const LoopEnd end = PrintPages(raster, suppress, page_count_);
     told_ = capture.Take();
-    cupsRasterClose(raster);
     return end;
   }
 
@@ -213,7 +216,7 @@ TEST_F(PageLoop, WithoutPagesDoesNothing) {
 }
 
 TEST_F(PageLoop, WithoutARasterDoesNothing) {
-  EXPECT_EQ(PrintPages(nullptr, false, page_count_), LoopEnd::kFinished);
+  EXPECT_EQ(Print(), LoopEnd::kFinished);
   EXPECT_EQ(page_count_, 0);
 }
 

@@ -11,6 +11,7 @@
 
 #include "base/cancel_signal.h"
 #include "base/log.h"
+#include "base/out_of_memory.h"
 
 namespace zr7700 {
 namespace {
@@ -29,19 +30,19 @@ ssize_t ReadInput(void* context, unsigned char* buffer, size_t length) {
 
 }  // namespace
 
-bool OpenRaster(const char* path, cups_raster_t*& raster) {
+std::unique_ptr<RasterStream> OpenRaster(const char* path) {
   int descriptor = STDIN_FILENO;
   if (path != nullptr) {
     // A FIFO without a writer is waited for where a cancel can end the wait.
     descriptor = open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     if (descriptor < 0) {
       LogMessage(kLogDetail, "Unable to open raster file - %s", strerror(errno));
-      return false;
+      return nullptr;
     }
   }
   void* const context = reinterpret_cast<void*>(static_cast<intptr_t>(descriptor));
-  raster = cupsRasterOpenIO(ReadInput, context, CUPS_RASTER_READ);
-  return true;
+  const MemoryWatch watch;
+  return std::make_unique<RasterStream>(ReadInput, context);
 }
 
 }  // namespace zr7700

@@ -4,15 +4,17 @@
 #ifndef ZR7700_DRIVER_RASTER_INPUT_H_
 #define ZR7700_DRIVER_RASTER_INPUT_H_
 
-#include <cups/raster.h>
+#include <memory>
+
+#include "disc/raster_stream.h"
 
 namespace zr7700 {
 
-// Opens the raster in the file at `path`, or on standard input when `path` is null. A file that
-// cannot be opened is logged and answers false. `raster` may be null even so: a stream that holds
-// no raster, which reads as one without pages. A requested cancel makes every read of the stream
-// fail, a waiting one at once. Stream and file stay open until exit. Main thread.
-bool OpenRaster(const char* path, cups_raster_t*& raster);
+// Opens the raster in the file at `path`, or on standard input when `path` is null. Null, logged,
+// for a file that cannot be opened. A stream that holds no raster is one without pages. A requested
+// cancel ends a read that waits for data at once, and fails all that would need more of it. The
+// file stays open until exit. Main thread.
+std::unique_ptr<RasterStream> OpenRaster(const char* path);
 
 }  // namespace zr7700
 

@@ -52,25 +52,18 @@ void WritePage(int descriptor) {
   cupsRasterClose(raster);
 }
 
-void ExpectThePage(cups_raster_t* raster) {
+void ExpectThePage(const std::unique_ptr<RasterStream>& raster) {
+  ASSERT_NE(raster, nullptr);
   cups_page_header2_t header;
-  ASSERT_NE(cupsRasterReadHeader2(raster, &header), 0U);
+  ASSERT_EQ(raster->NextPage(header), RasterStream::Next::kPage);
   EXPECT_EQ(header.cupsBytesPerLine, 6U);
   std::vector<unsigned char> line(6);
-  EXPECT_EQ(cupsRasterReadPixels(raster, line.data(), 6), 6U);
+  EXPECT_TRUE(raster->ReadPixels(line));
   EXPECT_THAT(line, ElementsAre(1, 2, 3, 4, 5, 6));
-  EXPECT_EQ(cupsRasterReadPixels(raster, line.data(), 6), 6U);
+  EXPECT_TRUE(raster->ReadPixels(line));
   EXPECT_THAT(line, ElementsAre(7, 8, 9, 10, 11, 12));
-  EXPECT_EQ(cupsRasterReadHeader2(raster, &header), 0U);
+  EXPECT_EQ(raster->NextPage(header), RasterStream::Next::kEnd);
 }
-
-// The filter keeps its stream until exit; a test gives its own back.
-struct OpenedRaster {
-  ~OpenedRaster() {
-    if (stream != nullptr) cupsRasterClose(stream);
-  }
-  cups_raster_t* stream = nullptr;
-};
 
 class RasterInput : public ::testing::Test {
  protected:
@@ -85,12 +78,7 @@ class RasterInput : public ::testing::Test {
   test::TemporaryFolder folder_;
 };
 
-TEST_F(RasterInput, ReadsTheNamedFile) {
-  OpenedRaster opened;
-  cups_raster_t*& raster = opened.stream;
-  ASSERT_TRUE(OpenRaster(WriteFile().c_str(), raster));
-  ExpectThePage(raster);
-}
+TEST_F(RasterInput, ReadsTheNamedFile) { ExpectThePage(OpenRaster(WriteFile().c_str())); }
 
 TEST_F(RasterInput, ReadsStandardInputWithoutAName) {
   test::InOwnProcess([] {
@@ -102,10 +90,7 @@ TEST_F(RasterInput, ReadsStandardInputWithoutAName) {
       WritePage(ends[1]);
       close(ends[1]);
     });
-    OpenedRaster opened;
-    cups_raster_t*& raster = opened.stream;
-    ASSERT_TRUE(OpenRaster(nullptr, raster));
-    ExpectThePage(raster);
+    ExpectThePage(OpenRaster(nullptr));
     writer.join();
   });
 }
@@ -119,18 +104,13 @@ TEST_F(RasterInput, WaitsForTheWriterOfAFifo) {
     WritePage(file);
     close(file);
   });
-  OpenedRaster opened;
-  cups_raster_t*& raster = opened.stream;
-  ASSERT_TRUE(OpenRaster(path.c_str(), raster));
-  ExpectThePage(raster);
+  ExpectThePage(OpenRaster(path.c_str()));
   writer.join();
 }
 
 TEST_F(RasterInput, LogsAFileThatCannotBeOpened) {
   const test::LogCapture log(1);
-  OpenedRaster opened;
-  cups_raster_t*& raster = opened.stream;
-  EXPECT_FALSE(OpenRaster(folder_.PathOf("missing").c_str(), raster));
+  EXPECT_EQ(OpenRaster(folder_.PathOf("missing").c_str()), nullptr);
   EXPECT_THAT(log.Lines(), ElementsAre("Unable to open raster file - No such file or directory"));
 }
 
@@ -138,26 +118,23 @@ TEST_F(RasterInput, WhatHoldsNoRasterHasNoPages) {
   for (const std::string& content :
        {std::string(), std::string("x"), std::string("%PDF-1.7\n"), std::string(5000, '\0')}) {
     const std::string path = folder_.WriteFile("file", content);
-    OpenedRaster opened;
-    cups_raster_t*& raster = opened.stream;
-    EXPECT_TRUE(OpenRaster(path.c_str(), raster));
+    const auto raster = OpenRaster(path.c_str());
+    ASSERT_NE(raster, nullptr);
     cups_page_header2_t header;
-    EXPECT_EQ(cupsRasterReadHeader2(raster, &header), 0U);
+    EXPECT_EQ(raster->NextPage(header), RasterStream::Next::kEnd);
   }
 }
 
 TEST_F(RasterInput, AFolderHasNoPages) {
-  OpenedRaster opened;
-  cups_raster_t*& raster = opened.stream;
-  if (OpenRaster(folder_.path().c_str(), raster)) {
+  if (const auto raster = OpenRaster(folder_.path().c_str())) {
     cups_page_header2_t header;
-    EXPECT_EQ(cupsRasterReadHeader2(raster, &header), 0U);
+    EXPECT_EQ(raster->NextPage(header), RasterStream::Next::kEnd);
   }
 }
 
 // Runs `read` on a stream whose writer says nothing more after `count` bytes of a page, and cancels
 // the job meanwhile.
-void CancelWhileReading(size_t count, const std::function<void(cups_raster_t*)>& read) {
+void CancelWhileReading(size_t count, const std::function<void(RasterStream&)>& read) {
   const test::TemporaryFolder folder;
   const std::string path = folder.PathOf("page.ras");
   const int file = open(path.c_str(), O_WRONLY | O_CREAT, 0600);
@@ -170,31 +147,30 @@ void CancelWhileReading(size_t count, const std::function<void(cups_raster_t*)>&
   ASSERT_EQ(write(ends[1], page.data(), count), static_cast<ssize_t>(count));
   InstallCancelHandler();
   test::CancelIn(100);
-  OpenedRaster opened;
-  cups_raster_t*& raster = opened.stream;
-  ASSERT_TRUE(OpenRaster(nullptr, raster));
+  const auto raster = OpenRaster(nullptr);
+  ASSERT_NE(raster, nullptr);
   const auto start = std::chrono::steady_clock::now();
-  read(raster);
+  read(*raster);
   EXPECT_LT(std::chrono::steady_clock::now() - start, milliseconds(1000));
   EXPECT_TRUE(CancelRequested());
 }
 
 TEST_F(RasterInput, ACancelEndsAWaitingHeaderRead) {
   test::InOwnProcess([] {
-    CancelWhileReading(4 + 100, [](cups_raster_t* raster) {
+    CancelWhileReading(4 + 100, [](RasterStream& raster) {
       cups_page_header2_t header;
-      EXPECT_EQ(cupsRasterReadHeader2(raster, &header), 0U);
+      EXPECT_EQ(raster.NextPage(header), RasterStream::Next::kBroken);
     });
   });
 }
 
 TEST_F(RasterInput, ACancelEndsAWaitingLineRead) {
   test::InOwnProcess([] {
-    CancelWhileReading(4 + sizeof(cups_page_header2_t) + 3, [](cups_raster_t* raster) {
+    CancelWhileReading(4 + sizeof(cups_page_header2_t) + 3, [](RasterStream& raster) {
       cups_page_header2_t header;
-      ASSERT_NE(cupsRasterReadHeader2(raster, &header), 0U);
+      ASSERT_EQ(raster.NextPage(header), RasterStream::Next::kPage);
       std::array<unsigned char, 6> line;
-      EXPECT_EQ(cupsRasterReadPixels(raster, line.data(), 6), 0U);
+      EXPECT_FALSE(raster.ReadPixels(line));
     });
   });
 }
@@ -204,25 +180,23 @@ TEST_F(RasterInput, ACancelFailsReadsEvenWithDataThere) {
     const std::string path = WriteFile();
     InstallCancelHandler();
     raise(SIGTERM);
-    OpenedRaster opened;
-    cups_raster_t*& raster = opened.stream;
-    EXPECT_TRUE(OpenRaster(path.c_str(), raster));
+    const auto raster = OpenRaster(path.c_str());
+    ASSERT_NE(raster, nullptr);
     cups_page_header2_t header;
-    EXPECT_EQ(cupsRasterReadHeader2(raster, &header), 0U);
+    EXPECT_EQ(raster->NextPage(header), RasterStream::Next::kEnd);
   });
 }
 
 TEST_F(RasterInput, ATruncatedPageEndsWithItsData) {
   const std::string page = test::ReadFile(WriteFile());
   const std::string path = folder_.WriteFile("cut", page.substr(0, page.size() - 3));
-  OpenedRaster opened;
-  cups_raster_t*& raster = opened.stream;
-  ASSERT_TRUE(OpenRaster(path.c_str(), raster));
+  const auto raster = OpenRaster(path.c_str());
+  ASSERT_NE(raster, nullptr);
   cups_page_header2_t header;
-  ASSERT_NE(cupsRasterReadHeader2(raster, &header), 0U);
+  ASSERT_EQ(raster->NextPage(header), RasterStream::Next::kPage);
   std::array<unsigned char, 6> line;
-  EXPECT_EQ(cupsRasterReadPixels(raster, line.data(), 6), 6U);
-  EXPECT_EQ(cupsRasterReadPixels(raster, line.data(), 6), 0U);
+  EXPECT_TRUE(raster->ReadPixels(line));
+  EXPECT_FALSE(raster->ReadPixels(line));
 }
 
 }  // namespace

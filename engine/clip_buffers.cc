@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/log.h"
+#include "base/out_of_memory.h"
 #include "engine/clip_geometry.h"
 
 namespace zr7700 {
@@ -28,6 +29,7 @@ bool Allocate(JobVariables& variables) {
   if (variables.clipDataBufs != nullptr) return true;
   variables.clipBufCount = 0;
   LogMessage(kLogDetail, "ERROR:  OemClipDataBufsCreate: alloc failed!");
+  ReportNoMemory();
   return false;
 }
 

@@ -3,14 +3,18 @@
 #include "engine/engine_loader.h"
 
 #include <dlfcn.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <iterator>
 #include <string_view>
 
 #include "base/log.h"
+#include "base/out_of_memory.h"
 #include "engine/engine_entries.h"
 #include "engine/job_variables.h"
+#include "engine/library_trust.h"
 
 namespace zr7700 {
 namespace {
@@ -24,6 +28,19 @@ const paths::EngineFamily* FindFamily(char letter) {
     if (std::string_view(family.cartridge_letters).find(letter) != std::string_view::npos) {
       return &family;
     }
+  }
+  return nullptr;
+}
+
+// Null for a library that cannot be opened, or may not be: as root the filter would do whatever its
+// author wants.
+void* OpenLibrary(const char* path) {
+  const MemoryWatch watch;
+  if (geteuid() != 0) return dlopen(path, RTLD_LAZY);
+  PathText real_path;
+  if (BelongsToRootAlone(path, real_path)) return dlopen(real_path.text, RTLD_LAZY);
+  if (errno == EPERM) {
+    LogMessage(kLogDetail, "   Not loaded as root, others may write or own it: %s", path);
   }
   return nullptr;
 }
@@ -49,8 +66,7 @@ bool LoadEngineForCartridge(std::span<const uint8_t> status_reply) {
 }
 
 bool LoadEngineLibraries(const paths::EngineFamily& family) {
-  std::ranges::transform(family.libraries, library_handles,
-                         [](const char* path) { return dlopen(path, RTLD_LAZY); });
+  std::ranges::transform(family.libraries, library_handles, OpenLibrary);
   if (std::ranges::count(library_handles, nullptr) != 0) {
     LogMessage(kLogDetail, family.is_heron ? "   Failed to load Heron libraries"
                                            : "   Failed to load Granite libraries");

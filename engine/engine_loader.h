@@ -22,7 +22,8 @@ inline constexpr size_t kCartridgeLetterOffset = 98;
 bool LoadEngineForCartridge(std::span<const uint8_t> status_reply);
 
 // Opens the family's four libraries, lazily bound and all of them whether or not an earlier one
-// failed, then resolves the entries. True only when both succeeded. Main thread.
+// failed, then resolves the entries. True only when both succeeded. In root's process a library
+// that others may write or own, or its folder, is logged and counts as missing. Main thread.
 bool LoadEngineLibraries(const paths::EngineFamily& family);
 
 // Fills the entry table from the second library that was opened. True only when all 22 names were

@@ -10,6 +10,7 @@
 
 #include "base/log.h"
 #include "base/regular_file.h"
+#include "base/replaced_file.h"
 #include "engine/fatal_limit.h"
 #include "engine/job_variables.h"
 
@@ -72,30 +73,39 @@ class NewText {
 };
 
 bool ReportFailure() {
+  LogMessage(kLogDetail, "Unable to open ferro ini file for writing");
   LogMessage(kLogDetail, "WriteFerroIniFile failed");
   return false;
 }
 
-bool Rewrite(const char* path, const std::string& text) {
-  if (WriteRegularFile(path, text)) return true;
-  LogMessage(kLogDetail, "Unable to open ferro ini file for writing");
-  return ReportFailure();
+// What a file holds; without a text there is none that may be read.
+struct OldFile {
+  FileReading reading;
+  std::string text;
+};
+
+OldFile ReadOldFile(const char* path) {
+  OldFile old_file;
+  old_file.reading = ReadRegularFile(path, Links::kTrusted, kMostBytes, old_file.text);
+  if (old_file.reading == FileReading::kTooLong) EndProcessAtLimit(kFileLimit, path);
+  return old_file;
 }
 
-// The file's old text, as far as it can be read; nothing when it cannot be opened.
-std::optional<std::string> ReadOldText(const char* path) {
-  std::string text;
-  switch (ReadRegularFile(path, Links::kRefused, kMostBytes, text)) {
-    case FileReading::kMissing:
-    case FileReading::kRefused:
-      return std::nullopt;
-    case FileReading::kTooLong:
-      EndProcessAtLimit(kFileLimit, path);
-    case FileReading::kRead:
-    case FileReading::kFailed:
-      break;
-  }
-  return text;
+// A write that would change nothing is left out: other programs need not read the file again.
+bool Rewrite(const char* path, std::string_view old_text, std::string_view text) {
+  return text == old_text || ReplaceFile(path, text) || ReportFailure();
+}
+
+// A file of these two lines, in the place of none or of one that may only be written.
+bool WriteFirstKey(const char* path, FileReading reading, const char* section, const char* key,
+                   const char* value) {
+  LogMessage(kLogDetail, "ferro ini file not present trying to create");
+  NewText text(path);
+  text.Append(section);
+  text.AppendKey("\n", key, value);
+  const bool is_missing = reading == FileReading::kMissing;
+  return (is_missing ? CreateFile(path, text.text()) : ReplaceFile(path, text.text())) ||
+         ReportFailure();
 }
 
 // The file's text with the key set.
@@ -150,26 +160,26 @@ std::optional<std::string> WithoutKey(const char* path, std::string_view old_tex
 
 bool WriteFerroIniFile(const char* section, const char* key, const char* value) {
   const char* const path = job_variables.files.engineIniPath;
-  const std::optional<std::string> old_text = ReadOldText(path);
-  if (!old_text) {
-    LogMessage(kLogDetail, "ferro ini file not present trying to create");
-    NewText text(path);
-    text.Append(section);
-    text.AppendKey("\n", key, value);
-    return Rewrite(path, text.text());
+  const OldFile old_file = ReadOldFile(path);
+  switch (old_file.reading) {
+    case FileReading::kMissing:
+    case FileReading::kRefused:
+      return WriteFirstKey(path, old_file.reading, section, key, value);
+    case FileReading::kTooLong:
+    case FileReading::kFailed:
+      return ReportFailure();
+    case FileReading::kRead:
+      break;
   }
-  return Rewrite(path, WithKey(path, *old_text, section, key, value).text());
+  return Rewrite(path, old_file.text, WithKey(path, old_file.text, section, key, value).text());
 }
 
 bool RemoveFerroIniKey(const char* section, const char* key) {
   const char* const path = job_variables.files.engineIniPath;
-  const std::optional<std::string> old_text = ReadOldText(path);
-  if (!old_text) {
-    LogMessage(kLogDetail, "Unable to open ferro ini file for writing");
-    return ReportFailure();
-  }
-  const std::optional<std::string> text = WithoutKey(path, *old_text, section, key);
-  return !text || Rewrite(path, *text);
+  const OldFile old_file = ReadOldFile(path);
+  if (old_file.reading != FileReading::kRead) return ReportFailure();
+  const std::optional<std::string> text = WithoutKey(path, old_file.text, section, key);
+  return !text || Rewrite(path, old_file.text, *text);
 }
 
 }  // namespace zr7700

@@ -3,9 +3,12 @@
 #include "engine/ini_file.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "engine/job_variables.h"
+#include "tests/support/foreign_link.h"
 #include "tests/support/job_test.h"
+#include "tests/support/ordinary_user.h"
 #include "tests/support/temporary_folder.h"
 
 namespace zr7700 {
@@ -210,6 +213,59 @@ TEST_F(IniFileTest, FileNameIsTakenAtEveryCall) {
   EXPECT_TRUE(WriteFerroIniFile("[A]", "K=", "2"));
   EXPECT_EQ(Text(), "[A]\nK=1 \n");
   EXPECT_EQ(test::ReadFile(other), "[A]\nK=2 \n");
+}
+
+TEST_F(IniFileTest, AWriteThatWouldChangeNothingIsLeftOut) {
+  Given("[Configuration]\nColor=2 \n");
+  struct stat before, after;
+  ASSERT_EQ(stat(path_.c_str(), &before), 0);
+  EXPECT_TRUE(WriteFerroIniFile("[Configuration]", "Color=", "2"));
+  ASSERT_EQ(stat(path_.c_str(), &after), 0);
+  EXPECT_EQ(after.st_ino, before.st_ino);
+  EXPECT_EQ(after.st_mtim.tv_nsec, before.st_mtim.tv_nsec);
+  EXPECT_TRUE(WriteFerroIniFile("[Configuration]", "Color=", "1"));
+  ASSERT_EQ(stat(path_.c_str(), &after), 0);
+  EXPECT_NE(after.st_ino, before.st_ino);
+  EXPECT_EQ(Text(), "[Configuration]\nColor=1 \n");
+}
+
+// The beginning of a process's memory is never mapped: reading it is an error, not an end.
+TEST_F(IniFileTest, NothingIsWrittenAfterAReadError) {
+  std::filesystem::create_symlink("/proc/self/mem", path_);
+  EXPECT_FALSE(WriteFerroIniFile("[Configuration]", "Color=", "1"));
+  EXPECT_FALSE(RemoveFerroIniKey("[Configuration]", "Color="));
+  EXPECT_THAT(LogLines(),
+              ElementsAre("Unable to open ferro ini file for writing", "WriteFerroIniFile failed",
+                          "Unable to open ferro ini file for writing", "WriteFerroIniFile failed"));
+}
+
+TEST_F(IniFileTest, AFileThatMayOnlyBeWrittenIsBegunAnew) {
+  Given("[Other]\nA=1\n");
+  chmod(folder_.path().c_str(), 0755);
+  ASSERT_EQ(chmod(path_.c_str(), 0222), 0);
+  {
+    const test::OrdinaryUser user;
+    EXPECT_TRUE(WriteFerroIniFile("[Configuration]", "Color=", "1"));
+  }
+  ASSERT_EQ(chmod(path_.c_str(), 0600), 0);
+  EXPECT_EQ(Text(), "[Configuration]\nColor=1 \n");
+}
+
+TEST_F(IniFileTest, ItsOwnUsersLinkIsFollowedAndStays) {
+  folder_.WriteFile("target", "[Configuration]\nColor=1 \n");
+  std::filesystem::create_symlink("target", path_);
+  EXPECT_TRUE(WriteFerroIniFile("[Configuration]", "Color=", "2"));
+  EXPECT_TRUE(std::filesystem::is_symlink(path_));
+  EXPECT_EQ(Text(), "[Configuration]\nColor=2 \n");
+}
+
+TEST_F(IniFileTest, ALinkOfAnotherIsNotFollowed) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root makes links of others";
+  const std::string text = "[Configuration]\nColor=1 \n";
+  test::ForeignLink(path_, folder_.WriteFile("target", text));
+  EXPECT_FALSE(WriteFerroIniFile("[Configuration]", "Color=", "2"));
+  EXPECT_FALSE(RemoveFerroIniKey("[Configuration]", "Color="));
+  EXPECT_EQ(Text(), text);
 }
 
 TEST_F(IniFileTest, LinesOfAJobsSettings) {

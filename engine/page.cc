@@ -3,6 +3,7 @@
 #include "engine/page.h"
 
 #include "base/log.h"
+#include "base/printable.h"
 #include "disc/raster_header.h"
 #include "engine/clip_buffers.h"
 #include "engine/engine_entries.h"
@@ -49,7 +50,7 @@ void LogJobVariables(const JobVariables& variables) {
 
 // A header's length as a whole number, cut toward zero; what no 32-bit number can hold becomes 0.
 uint32_t WholePoints(float points) {
-  return points > -2147483648.0F && points < 4294967296.0F
+  return points >= -2147483648.0F && points < 4294967296.0F
              ? static_cast<uint32_t>(static_cast<int64_t>(points))
              : 0;
 }
@@ -58,7 +59,7 @@ void LogNumber(const char* text, uint32_t value) { LogMessage(kLogMilestone, "%s
 
 void LogPage(const JobVariables& variables, const cups_page_header2_t& header) {
   LogMessage(kLogMilestone, "   Page Size %u, %u", variables.pageWidth, variables.pageHeight);
-  LogMessage(kLogMilestone, "   Cups Page Size %.64s", header.cupsPageSizeName);
+  LogMessage(kLogMilestone, "   Cups Page Size %s", Printable(header.cupsPageSizeName).c_str());
   LogMessage(kLogMilestone, "   Cups Page Size %u, %u", WholePoints(header.cupsPageSize[0]),
              WholePoints(header.cupsPageSize[1]));
   LogMessage(kLogMilestone, "   Resolution H: %u, V: %u", variables.horzResolution,

@@ -178,6 +178,20 @@ TEST_F(PageTest, UnterminatedPageSizeNameEndsAt64Bytes) {
   EXPECT_THAT(LogLines(), Contains("   Cups Page Size " + std::string(64, 'n')));
 }
 
+TEST_F(PageTest, AJobsTextCannotBeginALine) {
+  strcpy(header_.cupsPageSizeName, "120\r\n2024-01-01 00:00:00 +0000 forged");
+  EXPECT_TRUE(Start());
+  EXPECT_THAT(LogLines(), Contains("   Cups Page Size 120??2024-01-01 00:00:00 +0000 forged"));
+}
+
+// Whole points of 32 bits, shown without a sign.
+TEST_F(PageTest, PageSizesOfEitherSignAreWholePoints) {
+  header_.cupsPageSize[0] = -2147483648.0F;
+  header_.cupsPageSize[1] = -7.9F;
+  EXPECT_TRUE(Start());
+  EXPECT_THAT(LogLines(), Contains("   Cups Page Size 2147483648, 4294967289"));
+}
+
 TEST_F(PageTest, PageSizeThatIsNoNumberHarmsNothing) {
   header_.cupsPageSize[0] = std::numeric_limits<float>::quiet_NaN();
   header_.cupsPageSize[1] = std::numeric_limits<float>::infinity();

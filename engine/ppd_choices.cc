@@ -7,6 +7,7 @@
 #include <span>
 
 #include "base/log.h"
+#include "base/printable.h"
 #include "disc/ring.h"
 
 namespace zr7700 {
@@ -36,7 +37,7 @@ constexpr uint8_t kBothDirections = 1;
 const char* TakeKeyword(ppd_file_t* ppd, const char* option, const char* log_text) {
   const ppd_choice_t* const choice = ppdFindMarkedChoice(ppd, option);
   if (choice == nullptr) return nullptr;
-  LogMessage(kLogMilestone, "%s%s", log_text, choice->choice);
+  LogMessage(kLogMilestone, "%s%s", log_text, Printable(choice->choice).c_str());
   return choice->choice;
 }
 

@@ -54,7 +54,7 @@ void FitPages(int file, const zr7700::TargetPage& target, uint8_t choices) {
   zr7700::PageReader reader(file);
   cups_page_header2_t header;
   for (int page = 0; reader.IsRaster() && page < kMostPages; ++page) {
-    if (reader.NextPage(header) != zr7700::PageReader::Next::kPage) return;
+    if (reader.NextPage(header) != zr7700::RasterStream::Next::kPage) return;
     if (!fitter.Fit(reader, header).empty()) return;
     CheckRing(target, *canvas);
     Require(fitter.header().cupsWidth == kSide_dots && fitter.header().cupsHeight == kSide_dots);

@@ -9,12 +9,14 @@
 #include <span>
 #include <vector>
 
+#include "disc/raster_stream.h"
 #include "driver/line_buffers.h"
 #include "fuzz/input.h"
 
 namespace {
 
 using zr7700::fuzz::Require;
+using Next = zr7700::RasterStream::Next;
 
 constexpr unsigned kMostPages = 3;
 constexpr unsigned kMostLines = 20;
@@ -39,13 +41,13 @@ void CheckPixels(zr7700::LineBuffers& buffers, uint32_t line_bytes) {
   }
 }
 
-void ReadPage(cups_raster_t* raster, const cups_page_header2_t& header) {
+void ReadPage(zr7700::RasterStream& raster, const cups_page_header2_t& header) {
   zr7700::LineBuffers buffers;
   if (!buffers.Allocate(header)) return;
   if (header.cupsBytesPerLine > kMostBytes) return;
   const unsigned lines = std::min(header.cupsHeight, kMostLines);
   for (unsigned y = 0; y < lines; ++y) {
-    if (cupsRasterReadPixels(raster, buffers.line(), header.cupsBytesPerLine) == 0) return;
+    if (!raster.ReadPixels({buffers.line(), header.cupsBytesPerLine})) return;
     buffers.Widen();
     CheckPixels(buffers, header.cupsBytesPerLine);
   }
@@ -70,12 +72,13 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t bytes) {
   const uint32_t bytes_per_line = input.U32();
   AllocateFor(bytes_per_line >> (bytes_per_line & 31), input.U8());
   std::span<const uint8_t> left = input.Rest();
-  cups_raster_t* const raster = cupsRasterOpenIO(ReadInput, &left, CUPS_RASTER_READ);
+  zr7700::RasterStream raster(ReadInput, &left);
   cups_page_header2_t header;
-  for (unsigned page = 0; page < kMostPages && cupsRasterReadHeader2(raster, &header) != 0;
-       ++page) {
+  for (unsigned page = 0; page < kMostPages; ++page) {
+    const Next next = raster.NextPage(header);
+    Require((next == Next::kTooLong) == (next <= Next::kTooLong && zr7700::IsLineTooLong(header)));
+    if (next != Next::kPage) break;
     ReadPage(raster, header);
   }
-  cupsRasterClose(raster);
   return 0;
 }

@@ -39,8 +39,8 @@ class FitterJob {
       return Refuse("The document is no CUPS raster; print the picture or the PDF itself.");
     }
     cups_page_header2_t header;
-    PageReader::Next next;
-    while ((next = reader.NextPage(header)) == PageReader::Next::kPage) {
+    RasterStream::Next next;
+    while (IsPage(next = reader.NextPage(header))) {
       const std::string complaint = fitter_.Fit(reader, header);
       if (reader.read_errno() != 0) return RefuseUnreadable(reader);
       if (!complaint.empty()) return Refuse(complaint);
@@ -48,13 +48,18 @@ class FitterJob {
       if (!HandOn(std::max(header.NumCopies, 1U))) return false;
     }
     if (reader.read_errno() != 0) return RefuseUnreadable(reader);
-    if (next != PageReader::Next::kEnd) {
+    if (next != RasterStream::Next::kEnd) {
       return Refuse("The document broke off before its end; print it again.");
     }
     return pages_ > 0 || RefuseNothing();  // a raster may be a beginning without pages
   }
 
  private:
+  // One whose lines are too long gets its sentence from the check of every page.
+  static bool IsPage(RasterStream::Next next) {
+    return next == RasterStream::Next::kPage || next == RasterStream::Next::kTooLong;
+  }
+
   static bool RefuseNothing() {
     return Refuse(
         "No page came to be printed; choose pages that the document has, or look whether it opens "

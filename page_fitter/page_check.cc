@@ -10,8 +10,6 @@
 namespace zr7700 {
 namespace {
 
-constexpr unsigned kMostAcross = 131072;
-constexpr unsigned kMostLineBytes = 4 * kMostAcross;
 constexpr uint64_t kMostDots = 300000000;
 constexpr unsigned kFinest_dpi = 19200;
 constexpr unsigned kMostCopies = 9999;
@@ -19,7 +17,7 @@ constexpr unsigned kMostCopies = 9999;
 bool IsResolution(unsigned dpi) { return dpi >= 1 && dpi <= kFinest_dpi; }
 
 bool HasSize(const cups_page_header2_t& header) {
-  return header.cupsWidth >= 1 && header.cupsHeight >= 1 && header.cupsWidth <= kMostAcross &&
+  return header.cupsWidth >= 1 && header.cupsHeight >= 1 && header.cupsWidth <= kMostLinePixels &&
          uint64_t{header.cupsWidth} * header.cupsHeight <= kMostDots;
 }
 
@@ -41,7 +39,7 @@ std::string CheckPage(const cups_page_header2_t& header) {
            std::to_string(header.HWResolution[1]) + " dots an inch; send it with 300 or 600.";
   }
   const uint64_t least_bytes = uint64_t{header.cupsWidth} * header.cupsBitsPerPixel / 8;
-  if (header.cupsBytesPerLine < least_bytes || header.cupsBytesPerLine > kMostLineBytes) {
+  if (header.cupsBytesPerLine < least_bytes || IsLineTooLong(header)) {
     return "The page's lines do not have the length of its width; print the job again.";
   }
   if (header.NumCopies > kMostCopies) {

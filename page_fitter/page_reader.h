@@ -1,5 +1,4 @@
-// Reads the pages of a CUPS or PWG raster stream, and tells a stream that ends from one that breaks
-// off.
+// The pages of a document that comes through a descriptor.
 // SPDX-FileCopyrightText: The rastertoZR7700 authors
 // SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_PAGE_FITTER_PAGE_READER_H_
@@ -8,8 +7,9 @@
 #include <cups/raster.h>
 
 #include <cstdint>
-#include <memory>
 #include <span>
+
+#include "disc/raster_stream.h"
 
 namespace zr7700 {
 
@@ -21,27 +21,21 @@ class PageReader {
   PageReader(const PageReader&) = delete;
   PageReader& operator=(const PageReader&) = delete;
 
-  // Whether the stream begins as raster does, and whether there was nothing at all.
-  bool IsRaster() const { return stream_ != nullptr; }
-  bool IsEmpty() const { return bytes_read_ == 0; }
+  // As RasterStream has them.
+  bool IsRaster() const { return stream_.IsRaster(); }
+  bool IsEmpty() const { return stream_.IsEmpty(); }
+  RasterStream::Next NextPage(cups_page_header2_t& header) { return stream_.NextPage(header); }
+  bool ReadLine(std::span<uint8_t> line) { return stream_.ReadPixels(line); }
 
   // The error that reading has met, 0 without one.
   int read_errno() const { return read_errno_; }
-
-  enum class Next { kPage, kEnd, kBroken };
-  // Goes to the next page, all lines of the one before having been read.
-  Next NextPage(cups_page_header2_t& header);
-
-  // Reads one line, cupsBytesPerLine bytes. False when the stream breaks off before its end.
-  bool ReadLine(std::span<uint8_t> line);
 
  private:
   static ssize_t Read(void* reader, unsigned char* bytes, size_t count);
 
   int descriptor_;
-  uint64_t bytes_read_ = 0;
   int read_errno_ = 0;
-  std::unique_ptr<cups_raster_t, decltype(&cupsRasterClose)> stream_;
+  RasterStream stream_;  // made last, reads at once
 };
 
 }  // namespace zr7700

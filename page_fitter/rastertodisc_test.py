@@ -336,6 +336,25 @@ def test_a_lack_of_memory_is_told(mebibytes):
     assert first == "PAGE: 1 1" if done.returncode == 0 else "There is no memory" in first
 
 
+@pytest.mark.parametrize("version", [1, 2, 3])
+@pytest.mark.parametrize("size,sentence", [((1431655765, 4294967295), "which no disc needs"),
+                                           ((99, 0x7FFFFFFE), "the length of its width")])
+def test_a_header_alone_costs_no_memory(version, size, sentence):
+    """A header that asks for gigabytes, and room for little more than the disc's page."""
+    width, line_bytes = size
+    page = even_page(1, 1, cupsWidth=width, cupsBytesPerLine=line_bytes)
+    page.lines = []
+    limit = 256 << 20
+    with open(PROGRAM, "rb") as file:
+        if b"__asan_init" in file.read():
+            limit = resource.RLIM_INFINITY  # the checker needs memory of its own
+    done = subprocess.run([PROGRAM, "1", "u", "t", "1", ""], env={"PPD": PPD},
+                          input=raster.stream([page], version), capture_output=True, check=False,
+                          preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (limit, limit)))
+    told, = said(done)
+    assert done.returncode == 1 and sentence in told
+
+
 def test_wrong_arguments_are_told():
     for words in ([], ["1", "2", "3", "4"], list("12345678")):
         done = subprocess.run([PROGRAM, *words], capture_output=True, text=True, check=False)

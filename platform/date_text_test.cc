@@ -16,12 +16,18 @@
 namespace zr7700::platform {
 namespace {
 
+std::string PresentText() {
+  char text[kDateTextBytes];
+  DateText(text);
+  return text;
+}
+
 // The text as a fresh process tells it that starts with `zone` in its environment.
 std::string DateTextIn(const char* zone) {
   return TextOfChild([zone] {
     setenv("TZ", zone, 1);
     tzset();
-    return DateText();
+    return PresentText();
   });
 }
 
@@ -85,7 +91,7 @@ TEST(DateText, IsToldInAnyThread) {
   std::string texts[4];
   std::thread threads[4];
   const time_t before = Present();
-  for (int i = 0; i < 4; ++i) threads[i] = std::thread([&texts, i] { texts[i] = DateText(); });
+  for (int i = 0; i < 4; ++i) threads[i] = std::thread([&texts, i] { texts[i] = PresentText(); });
   for (std::thread& thread : threads) thread.join();
   for (const std::string& text : texts) {
     EXPECT_GE(MomentOf(text), before) << text;

@@ -73,6 +73,13 @@ TEST_F(MessageTextTest, TakesLocaleNames) {
   EXPECT_EQ(TextIn("fr_CA.ISO-8859-1"), kFrench);
 }
 
+TEST_F(MessageTextTest, TakesLanguageTags) {
+  EXPECT_EQ(TextIn("de-DE"), kGerman);
+  EXPECT_EQ(TextIn("de-Latn-AT"), kGerman);
+  EXPECT_EQ(TextIn("fr-CA.UTF-8"), kFrench);
+  EXPECT_EQ(TextIn("-"), kKey);
+}
+
 TEST_F(MessageTextTest, IsEnglishInThePlainLocales) {
   for (const char* language : {"C", "C.UTF-8", "POSIX", "en", "en_GB.UTF-8", ""}) {
     EXPECT_EQ(TextIn(language), kKey) << language;

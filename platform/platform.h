@@ -76,9 +76,12 @@ void SetMessageLanguage(const char* language);
 // Main thread.
 std::optional<std::string> LocalizedText(const char* key);
 
-// The present date and time as "YYYY-MM-DD HH:MM:SS +ZZZZ", local time with its offset from UTC.
-// Any thread.
-std::string DateText();
+inline constexpr size_t kDateTextBytes = 64;
+
+// Writes the present date and time as "YYYY-MM-DD HH:MM:SS +ZZZZ", local time with its offset from
+// UTC, and a NUL; the beginning of 1970 for a moment whose year the C library cannot hold. Needs no
+// heap, but for the time zone when that has not been read yet (tzset). Any thread.
+void DateText(char (&text)[kDateTextBytes]);
 
 // Seconds on a clock that never jumps and is above 0; only differences mean anything. Any thread.
 double Now();

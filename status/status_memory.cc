@@ -112,4 +112,8 @@ void CloseStatusMemory() {
   UnlinkStatusMemory();
 }
 
+void RemoveStatusMemory() {
+  if (memory.descriptor >= 0) shm_unlink(paths::kStatusMemory);
+}
+
 }  // namespace zr7700

@@ -32,6 +32,10 @@ void UnlinkStatusMemory();
 // Gives the object up and removes its name; does nothing the second time.
 void CloseStatusMemory();
 
+// Removes the object's name alone, which other threads may go on to use: for a process that is
+// about to end. Needs no memory. Any thread.
+void RemoveStatusMemory();
+
 }  // namespace zr7700
 
 #endif  // ZR7700_STATUS_STATUS_MEMORY_H_

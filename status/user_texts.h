@@ -28,4 +28,6 @@
 #define ZR7700_TEXT_BIN_EMPTY \
   "Disc input bin is empty.  Open the cover, add more discs, and close the cover to continue.\n"
 
+#define ZR7700_TEXT_NO_MEMORY "ERROR: There is no memory for the job.  Print it again later.\n"
+
 #endif  // ZR7700_STATUS_USER_TEXTS_H_

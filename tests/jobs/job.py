@@ -137,6 +137,10 @@ class Job:
         self.terminated = self.clock.now()
         self.process.signal()
 
+    def process_folder(self):
+        """What the system tells of the filter's process while it runs."""
+        return Path("/proc", str(self.process.pid))
+
     def release(self, name="go"):
         """Lets an engine call go on that waits for /bench/<name>."""
         (self.sandbox.bench / name).touch()

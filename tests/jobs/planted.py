@@ -4,6 +4,8 @@
 
 import os
 
+NOBODY = 65534
+
 
 def fifo(path):
     """Whoever opens it waits for the other side."""
@@ -26,6 +28,12 @@ def link_to_nowhere(path):
 def link_to_endless(path):
     """A file without an end."""
     path.symlink_to("/dev/zero")
+
+
+def foreign_link(path, target):
+    """A link of somebody who is neither root nor the filter's user; only root can make one."""
+    path.symlink_to(target)
+    os.lchown(path, NOBODY, NOBODY)
 
 
 ALL = [fifo, link_to_fifo, folder, link_to_nowhere, link_to_endless]

@@ -95,6 +95,8 @@ def catalogue(key, text):
 @pytest.mark.parametrize("environment,german", [
     ({"APPLE_LANGUAGE": "de", "LANG": "C.UTF-8"}, True),
     ({"APPLE_LANGUAGE": None, "LANG": "de_DE.UTF-8"}, True),
+    ({"APPLE_LANGUAGE": "de-DE", "LANG": "C"}, True),
+    ({"APPLE_LANGUAGE": None, "LANG": "de-AT", "LC_ALL": "C"}, True),
     ({"APPLE_LANGUAGE": "fr", "LANG": "de_DE.UTF-8"}, False),
     ({"APPLE_LANGUAGE": None, "LANG": None}, False)])
 def test_the_message_language_follows_the_job(environment, german):
@@ -122,6 +124,13 @@ def test_the_systems_error_text_keeps_its_letters():
         text = gettext.GNUTranslations(file).gettext("No such file or directory")
     result = Job(ppd_text=None, environment={"LANG": "ja_JP.UTF-8"}).run()
     assert result.stderr.endswith(f": {text}\n")
+
+
+def test_plain_texts_of_the_system_stay_english():
+    """LC_ALL=C is about the system's texts, whatever language the job's own are in."""
+    environment = {"APPLE_LANGUAGE": "ja", "LANG": "ja_JP.UTF-8", "LC_ALL": "C"}
+    result = Job(ppd_text=None, environment=environment).run()
+    assert result.stderr.endswith(": No such file or directory\n")
 
 
 def test_the_raster_comes_from_a_named_file():

@@ -2,15 +2,19 @@
 # SPDX-FileCopyrightText: The rastertoZR7700 authors
 # SPDX-License-Identifier: Apache-2.0
 
+import os
+
 import pytest
 
 import compare
 import log_compare
 import pages
+import planted
 import record
 from expected import Model
 from expected_text import STATES_WITHDRAWN
 from job import Job, run_together
+from sandbox import LIBRARIES
 
 MEMBERS = ["flib", "hpec", "hpeh", "hpep"]
 CHECKED = ["SetInputResolution", "SetLeftMargin", "SetTopMargin", "SetPhysicalWidth",
@@ -100,6 +104,27 @@ def test_each_refused_property_is_said_and_abandons_the_page():
 def test_all_properties_refused_at_once_are_still_all_tried():
     script = {(entry, "*"): [("return", 0x1F00 + i)] for i, entry in enumerate(CHECKED)}
     compare.run(Job(script=script))
+
+
+def write_for_all(path):
+    path.chmod(0o757)
+
+
+def give_away(path):
+    os.chown(path, planted.NOBODY, planted.NOBODY)
+
+
+@pytest.mark.skipif(os.geteuid() != 0, reason="it is about root's jobs")
+@pytest.mark.parametrize("spoil", [write_for_all, give_away])
+@pytest.mark.parametrize("inside", ["", "/tqgrhpep"])
+def test_root_loads_nothing_that_others_may_write_or_own(spoil, inside):
+    folder = f"/{LIBRARIES}/tqgrhpep.framework"
+    result = Job(prepare=lambda sandbox: spoil(sandbox.path(folder + inside))).run()
+    assert result.status == 1
+    named = f"   Not loaded as root, others may write or own it: {folder}/tqgrhpep"
+    assert main_log(result) == check_lines(record.record()) + [
+        named, "   Failed to load Granite libraries", "Error loading cartridge based library."]
+    assert result.loaded == ["tqgr" + member for member in MEMBERS if member != "hpep"]
 
 
 def test_second_calls_of_properties_that_are_refused():

@@ -2,7 +2,11 @@
 # SPDX-FileCopyrightText: The rastertoZR7700 authors
 # SPDX-License-Identifier: Apache-2.0
 
+import functools
 import os
+import random
+import signal
+import time
 
 import pytest
 
@@ -13,7 +17,7 @@ import planted
 import record
 from expected import Model
 from expected_text import STATES_WITHDRAWN
-from job import CHOICES, Job
+from job import CHOICES, Job, run_together
 from sandbox import ENGINE_DATA
 
 LONG = b"; " + b"x" * 3000 + b"\n"
@@ -92,20 +96,101 @@ def test_something_else_in_the_files_place_never_holds_the_job(plant):
     assert "     Slot1 set print direction FAILED" in result.log
 
 
-def test_a_link_in_the_files_place_leads_nowhere():
-    """Others may write to the folder: what a link there points to is not the filter's to change."""
+def job_through_a_link(make_link):
+    """What stands in the file to which a link in the ini file's place leads, after a job."""
     def prepare(sandbox):
-        sandbox.path("/Users/victim").write_bytes(b"precious\n")
-        sandbox.path(f"/{ENGINE_DATA}/tqgrcfg.ini").symlink_to("/Users/victim")
+        sandbox.path("/Users/target").write_bytes(b"precious\n")
+        make_link(sandbox.path(f"/{ENGINE_DATA}/tqgrcfg.ini"), "/Users/target")
 
     kept = []
     job = Job(prepare=prepare)
     job.actions = lambda running: kept.append(
         running.until_log("     Ready to print.")
-        and running.sandbox.path("/Users/victim").read_bytes())
+        and running.sandbox.path("/Users/target").read_bytes())
     result = job.run()
-    assert result.status == 0 and kept == [b"precious\n"]
+    assert result.status == 0
+    return result, kept[0]
+
+
+def test_a_link_of_the_filters_own_user_is_followed():
+    result, text = job_through_a_link(lambda path, target: path.symlink_to(target))
+    assert "WriteFerroIniFile failed" not in result.log
+    assert text.startswith(b"precious\n[Configuration]\nUseDebugSettings=1 \n")
+
+
+@pytest.mark.skipif(os.geteuid() != 0, reason="only root makes links of others")
+def test_a_link_of_another_leads_nowhere():
+    """Others may write to the folder: what a link there points to is not the filter's to change."""
+    result, text = job_through_a_link(planted.foreign_link)
+    assert text == b"precious\n"
     assert "WriteFerroIniFile failed" in result.log
+
+
+def test_nothing_is_left_beside_the_file():
+    seen = []
+    job = Job(ini=b"[Configuration]\n")
+    job.actions = lambda running: seen.append(
+        running.until_log("     Ready to print.")
+        and sorted(os.listdir(running.ini_path().parent)))
+    assert job.run().status == 0
+    assert seen == [["tqgrcfg.ini"]]
+
+
+def test_a_job_that_changes_nothing_does_not_write():
+    ini = compare.run(Job()).ini
+    facts = []
+
+    def prepare(sandbox):
+        os.utime(sandbox.path(f"/{ENGINE_DATA}/tqgrcfg.ini"), (1, 1))
+
+    job = Job(ini=ini, prepare=prepare)
+    job.actions = lambda running: facts.append(
+        running.until_log("     Ready to print.") and os.stat(running.ini_path()).st_mtime)
+    compare.run(job)
+    assert facts == [1]
+
+
+def test_readers_never_find_the_file_empty_or_half():
+    """A job of many pages rewrites the file again and again, as its direction is taken out between
+    pages; whoever reads meanwhile finds whole lines, from the first to the last."""
+    first, last = b"; first line\n", b"; last line\n"
+    text = first + b"[Configuration]\n" + b"; " + b"x" * 900 + b"\n[ESwathBuilder]\n" + last
+    seen = []
+
+    def watch(job):
+        while not job.over.is_set():
+            seen.append(job.ini_path().read_bytes())
+
+    result = Job(ini=text, pages=[pages.small()] * 3, actions=watch).run()
+    assert result.status == 0 and len(set(seen)) > 1
+    assert all(found.startswith(first) and last in found for found in seen)
+
+
+KILLS = int(os.environ.get("ZR7700_KILLS", "60"))
+
+
+def killed_while_writing(delay):
+    """The file after a kill so many seconds after the engine was initialised: then it is written."""
+    text = b"; first line\n[Configuration]\n" + b"; padding padding\n" * 300 + b"; last line\n"
+
+    def kill(job):
+        job.until(lambda: "### HPEInitialize" in job.log_text())
+        time.sleep(delay)
+        job.process.signal(signal.SIGKILL)
+
+    return text, Job(ini=text, actions=kill).run().ini
+
+
+def test_a_kill_at_any_moment_leaves_a_whole_file():
+    chance = random.Random(7700)
+    tasks = [functools.partial(killed_while_writing, chance.uniform(0, 0.02))
+             for _ in range(KILLS)]
+    found = run_together(tasks, 4)
+    for _, ini in found:
+        assert ini.startswith(b"; first line\n[Configuration]\n")
+        assert b"; last line\n" in ini and ini.endswith(b"\n")
+    # Some came before the last write, some after the first.
+    assert len({ini for _, ini in found}) > 1
 
 
 def _of_size(total):

@@ -4,6 +4,7 @@
 
 import calendar
 import os
+import resource
 import time
 from pathlib import Path
 
@@ -11,6 +12,7 @@ import pytest
 
 import compare
 import job as jobs
+import pages
 import planted
 from job import Job
 
@@ -101,11 +103,69 @@ def test_something_else_in_the_logs_place_never_holds_the_job(plant):
     assert result.calls[-1] == "DestroyHostPrintEngine H"
 
 
+def job_with_log_at(make):
+    """What stands in the file to which the log's name leads, after a job."""
+    def prepare(sandbox):
+        sandbox.path("/Users/target").write_bytes(OLD_LINE)
+        make(sandbox.path(jobs.LOG), sandbox.path("/Users/target"))
+
+    kept = []
+    job = Job(prepare=prepare)
+    job.actions = lambda running: kept.append(
+        running.until_trace("DestroyHostPrintEngine")
+        and running.sandbox.path("/Users/target").read_bytes())
+    assert job.run().status == 0
+    return kept[0]
+
+
+def test_a_link_of_the_filters_own_user_is_followed():
+    text = job_with_log_at(lambda log, target: log.symlink_to("/Users/target"))
+    assert text.startswith(OLD_LINE) and b"FILTER_STARTED" in text
+
+
+@pytest.mark.skipif(os.geteuid() != 0, reason="only root makes links of others")
+def test_a_link_of_another_is_not_followed():
+    text = job_with_log_at(lambda log, target: planted.foreign_link(log, "/Users/target"))
+    assert text == OLD_LINE
+
+
+@pytest.mark.skipif(os.geteuid() != 0, reason="only root gives files away")
+def test_another_users_file_with_a_second_name_is_left_alone():
+    def make(log, target):
+        os.chown(target, planted.NOBODY, planted.NOBODY)
+        os.link(target, log)
+
+    assert job_with_log_at(make) == OLD_LINE
+
+
 def test_a_log_folder_that_is_not_there_costs_only_the_log():
     def prepare(sandbox):
         os.rename(sandbox.path("/Library/Caches"), sandbox.path("/Library/Away"))
 
     assert Job(prepare=prepare, limit=30).run().status == 0
+
+
+def test_a_jobs_texts_cannot_forge_a_line():
+    forged = b"x\r\n2024-01-01 00:00:00 +0000 FORGED\x1b[2J\x7f"
+    page = pages.small(MediaColor=forged, MediaClass=forged, MediaType=forged, OutputType=forged,
+                       cupsPageSizeName=forged)
+    result = Job(pages=[page]).run()
+    shown = "x??2024-01-01 00:00:00 +0000 FORGED?[2J?"
+    assert f"     cupsColorOrder {shown} {shown} {shown} {shown} " in result.log
+    assert f"   Cups Page Size {shown}" in result.log
+    assert not any(line.startswith("FORGED") for line in result.log)
+
+
+def test_a_limit_on_the_size_of_files_costs_only_what_is_beyond_it():
+    """The system would kill the job at the first byte too many."""
+    def actions(job):
+        if job.until_log("FILTER_STARTED"):
+            resource.prlimit(job.process.pid, resource.RLIMIT_FSIZE, (1000, 1000))
+
+    result = Job(prepare=old_log(20), actions=actions).run()
+    assert result.status == 0
+    assert len(result.stdout) == 16
+    assert len(result.raw_log) >= 1000 and "     Ready to print." not in result.log
 
 
 def test_a_very_long_file_name_is_no_part_of_the_log():
