@@ -233,7 +233,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t bytes) {
   const int kind = first % 16 < kKinds ? first % 16 : kDisc;
   NamePpd(kind);
   std::vector<std::string> words = TakeWords(input);
-  const uint64_t open_before = fuzz::OpenDescriptors();
+  const uint32_t open_before = fuzz::OpenDescriptors();
   Parse(words, kind, (first & 16) != 0);
   Require(fuzz::OpenDescriptors() == open_before);
   return 0;

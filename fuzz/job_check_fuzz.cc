@@ -311,7 +311,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t bytes) {
   trace.notices_until_reached = kind >> 5;
   now_s += input.U8() * 0.25;
   printer.script = input;
-  const uint64_t open_before = fuzz::OpenDescriptors();
+  const uint32_t open_before = fuzz::OpenDescriptors();
   fuzz::CapturedStream told(stderr);
   const bool passed = StartOfPageJobCheck(page);
   RequireOutcome(page, passed, told.text());

@@ -10,15 +10,15 @@
 
 namespace zr7700::fuzz {
 
-// The open ones of the first 64 descriptors, a bit each: the same before and after a run that
+// The open ones of the first 32 descriptors, a bit each: the same before and after a run that
 // leaves nothing open and closes nothing of others'.
-inline uint64_t OpenDescriptors() {
-  pollfd descriptors[64] = {};
-  for (int i = 0; i < 64; ++i) descriptors[i].fd = i;
-  poll(descriptors, 64, 0);
-  uint64_t open = 0;
-  for (int i = 0; i < 64; ++i) {
-    if ((descriptors[i].revents & POLLNVAL) == 0) open |= uint64_t{1} << i;
+inline uint32_t OpenDescriptors() {
+  pollfd descriptors[32] = {};
+  for (int i = 0; i < 32; ++i) descriptors[i].fd = i;
+  poll(descriptors, 32, 0);
+  uint32_t open = 0;
+  for (int i = 0; i < 32; ++i) {
+    if ((descriptors[i].revents & POLLNVAL) == 0) open |= uint32_t{1} << i;
   }
   return open;
 }

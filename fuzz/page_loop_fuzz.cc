@@ -10,7 +10,6 @@
 #include <cstddef>
 #include <cstring>
 #include <numeric>
-#include <optional>
 #include <span>
 #include <string>
 
@@ -28,9 +27,6 @@
 #include "status/job_check.h"
 #include "status/status_thread.h"
 
-// Linked in the place of the system's.
-extern "C" int __wrap_usleep(useconds_t) { return 0; }
-
 namespace zr7700 {
 namespace {
 
@@ -39,10 +35,11 @@ using fuzz::Require;
 
 constexpr size_t kPrintHeaderBytes = 16;
 
-// A page of more would take the time of a thousand others, and libcups allocates a line before it
-// looks at the rest of the header.
-constexpr uint32_t kMostLineBytes = 10'000;
-constexpr uint64_t kMostPageBytes = 12'000;
+// A page of more would take the time of a thousand others.
+constexpr uint64_t kMostPageBytes = 6'000;
+
+// libcups allocates a line before it looks at the rest of the header.
+constexpr uint32_t kMostLineBytes = 6'000;
 
 // The header of the smallest raster format.
 constexpr size_t kSmallHeaderBytes = 32;
@@ -50,13 +47,6 @@ constexpr size_t kSmallHeaderBytes = 32;
 // libcups asks for this much when it fills a buffer of its own, and for less when it wants a header
 // or pixels.
 constexpr size_t kReadAhead = 65'536;
-
-// What a raster header says of its lines.
-struct Lines {
-  uint32_t line_bytes;
-  uint32_t bits_per_pixel;
-  uint32_t count;
-};
 
 // The job as the engine, the status thread and the printer see it.
 struct Stage {
@@ -66,8 +56,7 @@ struct Stage {
   bool thread_runs = false;
   int64_t last_line = -1;
   uint32_t headers = 0;
-  Lines noted = {};  // the newest header that libcups has asked for
-  Lines page = {};   // that of the page being sent
+  cups_page_header2_t header = {};  // of the page that is being sent
   fuzz::CapturedStream* output = nullptr;
   std::string emitted;  // print headers, and what the engine has handed over
   HPEOutputCallback callback = nullptr;
@@ -122,16 +111,15 @@ int32_t StartEnginePage(HPEHandle) {
   Require(stage.document_open && !stage.page_open && !stage.thread_runs);
   stage.page_open = (stage.answers & kStartPageFails) == 0;
   stage.last_line = -1;
-  stage.page = stage.noted;
   return AnswerOf(kStartPageFails);
 }
 
 int32_t SendBand(HPEHandle, uint32_t zero, uint32_t y, uint32_t lines, uint32_t pixels,
                  uint32_t bytes, const void* data) {
   Require(stage.page_open && stage.thread_runs && zero == 0 && lines == 1);
-  Require(y > stage.last_line && y < stage.page.count);
+  Require(y > stage.last_line && y < stage.header.cupsHeight);
   Require(y > job_variables.topOutputImage && y < job_variables.bottomOutputImage);
-  Require(pixels == stage.page.line_bytes / (stage.page.bits_per_pixel / 8));
+  Require(pixels == stage.header.cupsBytesPerLine / (stage.header.cupsBitsPerPixel / 8));
   Require(bytes == 4 * pixels);
   const std::span line(static_cast<const uint8_t*>(data), bytes);
   unsigned pads = 0;
@@ -235,22 +223,17 @@ uint32_t WordAt(const uint8_t* bytes, bool swapped) {
   return swapped ? __builtin_bswap32(word) : word;
 }
 
-// A header as libcups asks for it: 32 bytes of its smallest format, always in network order, or the
-// shorter or the longer structure.
-std::optional<Lines> LinesOf(std::span<const uint8_t> header, bool swapped) {
+// The bytes of a line, by a header as libcups asks for it: 32 bytes of its smallest format, always
+// in network order, or the shorter or the longer structure. 0 for anything else, pixels mostly.
+uint64_t LineBytesOf(std::span<const uint8_t> header, bool swapped) {
   if (header.size() == kSmallHeaderBytes) {
-    const bool little = HostByteOrder() == kLittleEndianHost;
-    const uint64_t line_bits = uint64_t{WordAt(&header[12], little)} * header[0];
-    const auto line_bytes = static_cast<uint32_t>(std::min<uint64_t>(line_bits / 8, UINT32_MAX));
-    return Lines{line_bytes, header[0], WordAt(&header[16], little)};
+    const bool is_other_order = HostByteOrder() == kLittleEndianHost;
+    return uint64_t{WordAt(&header[12], is_other_order)} * header[0] / 8;
   }
   if (header.size() != sizeof(cups_page_header_t) && header.size() != sizeof(cups_page_header2_t)) {
-    return std::nullopt;
+    return 0;
   }
-  using Header = cups_page_header_t;
-  return Lines{WordAt(&header[offsetof(Header, cupsBytesPerLine)], swapped),
-               WordAt(&header[offsetof(Header, cupsBitsPerPixel)], swapped),
-               WordAt(&header[offsetof(Header, cupsHeight)], swapped)};
+  return WordAt(&header[offsetof(cups_page_header_t, cupsBytesPerLine)], swapped);
 }
 
 bool IsSwapped(std::span<const uint8_t> stream) {
@@ -260,7 +243,7 @@ bool IsSwapped(std::span<const uint8_t> stream) {
                         CUPS_RASTER_REVSYNCapple});
 }
 
-// The stream from memory, ended before a header with too much in it.
+// The stream from memory, ended before a header with too long a line.
 class Stream {
  public:
   explicit Stream(std::span<const uint8_t> bytes) : left_(bytes), swapped_(IsSwapped(bytes)) {}
@@ -274,19 +257,10 @@ class Stream {
   ssize_t Take(std::span<uint8_t> buffer) {
     const size_t wanted = buffer.size() >= kReadAhead ? 1 : buffer.size();
     const std::span<const uint8_t> taken = left_.first(std::min(wanted, left_.size()));
-    if (!NoteHeader(taken)) return 0;
+    if (LineBytesOf(taken, swapped_) > kMostLineBytes) return 0;
     std::copy(taken.begin(), taken.end(), buffer.begin());
     left_ = left_.subspan(taken.size());
     return static_cast<ssize_t>(taken.size());
-  }
-
-  // Pixels may look like a header too; the last one noted before a page starts is the page's.
-  bool NoteHeader(std::span<const uint8_t> bytes) {
-    const std::optional<Lines> lines = LinesOf(bytes, swapped_);
-    if (!lines) return true;
-    stage.noted = *lines;
-    return lines->line_bytes <= kMostLineBytes &&
-           uint64_t{lines->line_bytes} * lines->count <= kMostPageBytes;
   }
 
   std::span<const uint8_t> left_;
@@ -304,7 +278,7 @@ void SetUpJob(fuzz::Input& input) {
   job_variables.discForm = 1;
   job_variables.OuterMargin = input.U8() % 32;
   job_variables.InnerDiam = input.U8();
-  job_variables.clipBufferBytes = 400;
+  job_variables.clipBufferBytes = 200;
   job_variables.maxImageDots = 5100;
   job_variables.nRunCompDiv = 3000;
   job_variables.FeedAdjust = -1900;
@@ -339,10 +313,24 @@ void RequirePageLines(const std::string& told, int page_count) {
 }  // namespace
 }  // namespace zr7700
 
+// Linked in the place of the system's.
+extern "C" int __wrap_usleep(useconds_t) { return 0; }
+
+// Takes note of the page's header, and ends the stream at one that would take too long.
+extern "C" unsigned __real_cupsRasterReadHeader2(cups_raster_t* raster,
+                                                 cups_page_header2_t* header);
+extern "C" unsigned __wrap_cupsRasterReadHeader2(cups_raster_t* raster,
+                                                 cups_page_header2_t* header) {
+  if (__real_cupsRasterReadHeader2(raster, header) == 0) return 0;
+  zr7700::stage.header = *header;
+  const uint64_t page_bytes = uint64_t{header->cupsBytesPerLine} * header->cupsHeight;
+  return page_bytes <= zr7700::kMostPageBytes ? 1 : 0;
+}
+
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t bytes) {
   using namespace zr7700;
   [[maybe_unused]] static const bool ready = InstallEngine();
-  const uint64_t open_before = fuzz::OpenDescriptors();
+  const uint32_t open_before = fuzz::OpenDescriptors();
   fuzz::CapturedStream output(stdout);
   fuzz::CapturedStream told(stderr);
   stage = {};

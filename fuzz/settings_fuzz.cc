@@ -59,7 +59,7 @@ class SettingsFile {
 
 Settings Read(std::string_view bytes) {
   static const SettingsFile file;
-  const uint64_t open_before = fuzz::OpenDescriptors();
+  const uint32_t open_before = fuzz::OpenDescriptors();
   file.Write(bytes);
   settings = Settings();
   ReadSettings(file.path());

@@ -245,7 +245,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t bytes) {
   fuzz::Input input(data, bytes);
   const NoticeRow& notice = kNotices[input.U8() % std::size(kNotices)];
   TakeUtility(input);
-  const uint64_t open_before = fuzz::OpenDescriptors();
+  const uint32_t open_before = fuzz::OpenDescriptors();
   fuzz::CapturedStream output(stdout);
   fuzz::CapturedStream told(stderr);
   const int result = notice.notify();
