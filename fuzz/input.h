@@ -4,9 +4,11 @@
 #ifndef ZR7700_FUZZ_INPUT_H_
 #define ZR7700_FUZZ_INPUT_H_
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <initializer_list>
 #include <span>
 
 namespace zr7700::fuzz {
@@ -33,6 +35,10 @@ class Input {
 // Stops the fuzzer, or the replay, at a broken promise.
 inline void Require(bool kept) {
   if (!kept) abort();
+}
+
+inline bool IsOneOf(int64_t value, std::initializer_list<int64_t> values) {
+  return std::find(values.begin(), values.end(), value) != values.end();
 }
 
 }  // namespace zr7700::fuzz
