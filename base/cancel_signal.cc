@@ -10,9 +10,7 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
-#include <climits>
 #include <cstdint>
-#include <optional>
 
 namespace zr7700 {
 namespace {
@@ -58,39 +56,39 @@ sigset_t TerminateSet() {
   return set;
 }
 
-// Nothing stands for a wait without end.
-using Deadline = std::optional<Clock::time_point>;
+// What is left until then of a wait of at most `most_ms`: rounded up, so that the last step is no
+// busy loop.
+int LeftUntil(Clock::time_point end, int most_ms) {
+  const auto left = std::chrono::ceil<milliseconds>(end - Clock::now()).count();
+  return static_cast<int>(std::clamp<int64_t>(left, 0, most_ms));
+}
 
 enum class Heed { kCancel, kNothing };
 
-// For poll: rounded up, so that the last step is no busy loop; -1 without end.
-int LeftUntil(const Deadline& deadline) {
-  if (!deadline) return -1;
-  const auto left = std::chrono::ceil<milliseconds>(*deadline - Clock::now()).count();
-  return static_cast<int>(std::clamp<int64_t>(left, 0, INT_MAX));
-}
+constexpr int kWithoutLimit = -1;  // as poll takes it
 
 // The one wait of the job, begun anew whenever a signal interrupts it. An error of the descriptor
-// counts as ready: whoever uses it then meets that error.
-WaitEnd WaitFor(int descriptor, short events, const Deadline& deadline, Heed heed) {
+// counts as ready: whoever uses it then meets that error. Without interruptions it does not go by
+// the clock: a wait is never longer than its limit.
+WaitEnd WaitFor(int descriptor, short events, int limit_ms, Heed heed) {
   pollfd watched[] = {{descriptor, events, 0}, {heed == Heed::kCancel ? wake_read : -1, POLLIN, 0}};
   const auto cancelled = [heed] { return heed == Heed::kCancel && CancelRequested(); };
+  const Clock::time_point end = Clock::now() + milliseconds(limit_ms);
   while (!cancelled()) {
-    const int left_ms = LeftUntil(deadline);
-    const int ready = poll(watched, 2, left_ms);
+    const int ready = poll(watched, 2, limit_ms);
     if (cancelled()) break;
     if (ready < 0 && errno != EINTR && errno != EAGAIN) return WaitEnd::kReady;
     if (ready > 0 && watched[0].revents != 0) return WaitEnd::kReady;
-    if (left_ms == 0) return WaitEnd::kTimeOver;
+    if (ready == 0) return WaitEnd::kTimeOver;
+    if (limit_ms != kWithoutLimit) limit_ms = LeftUntil(end, limit_ms);
   }
   return WaitEnd::kCancelled;
 }
 
-Clock::time_point In(int limit_ms) { return Clock::now() + milliseconds(limit_ms); }
-
-Clock::time_point LastOutput() {
-  return Clock::time_point(Clock::duration(requested_at.load())) +
-         milliseconds(kLastOutputLimit_ms);
+// How long a cancelled job still waits for somebody to take its output.
+int LeftForOutput() {
+  const Clock::time_point cancelled(Clock::duration(requested_at.load()));
+  return LeftUntil(cancelled + milliseconds(kLastOutputLimit_ms), kLastOutputLimit_ms);
 }
 
 bool IsReady(WaitEnd end) { return end == WaitEnd::kReady; }
@@ -106,24 +104,24 @@ void InstallCancelHandler(void (*at_once)()) {
 bool CancelRequested() { return requested_at.load() != 0; }
 
 bool WaitForInput(int descriptor) {
-  return IsReady(WaitFor(descriptor, POLLIN, {}, Heed::kCancel));
+  return IsReady(WaitFor(descriptor, POLLIN, kWithoutLimit, Heed::kCancel));
 }
 
 bool WaitForRoom(int descriptor) {
-  return IsReady(WaitFor(descriptor, POLLOUT, {}, Heed::kCancel));
+  return IsReady(WaitFor(descriptor, POLLOUT, kWithoutLimit, Heed::kCancel));
 }
 
 WaitEnd WaitForInput(int descriptor, int limit_ms) {
-  return WaitFor(descriptor, POLLIN, In(limit_ms), Heed::kCancel);
+  return WaitFor(descriptor, POLLIN, limit_ms, Heed::kCancel);
 }
 
 bool WaitForLastInput(int descriptor, int limit_ms) {
-  return IsReady(WaitFor(descriptor, POLLIN, In(limit_ms), Heed::kNothing));
+  return IsReady(WaitFor(descriptor, POLLIN, limit_ms, Heed::kNothing));
 }
 
 bool WaitForTaker(int descriptor) {
   return WaitForRoom(descriptor) ||
-         IsReady(WaitFor(descriptor, POLLOUT, LastOutput(), Heed::kNothing));
+         IsReady(WaitFor(descriptor, POLLOUT, LeftForOutput(), Heed::kNothing));
 }
 
 CancelBlock::CancelBlock() {

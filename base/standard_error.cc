@@ -4,9 +4,10 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+#include <climits>
 #include <cstdarg>
 #include <cstdio>
-#include <string>
 
 #include "base/whole_write.h"
 
@@ -16,16 +17,14 @@ namespace {
 // Written by whichever thread writes to standard error.
 bool line_is_open = false;
 
-// The text as a whole, or nothing once the job is cancelled and nobody listens.
+// The text as a whole, or nothing once the job is cancelled and nobody listens. No heap: that there
+// is none left may be what it says. Only the name that the program was called by could make a text
+// longer than the buffer; it is cut then.
 __attribute__((format(printf, 1, 0))) void Write(const char* format, va_list arguments) {
-  va_list again;
-  va_copy(again, arguments);
-  const int length = vsnprintf(nullptr, 0, format, again);
-  va_end(again);
+  char text[2 * PATH_MAX];
+  const int length = vsnprintf(text, sizeof text, format, arguments);
   if (length <= 0) return;
-  std::string text(static_cast<size_t>(length) + 1, '\0');
-  vsnprintf(text.data(), text.size(), format, arguments);
-  WriteWhole(STDERR_FILENO, {text.data(), static_cast<size_t>(length)});
+  WriteWhole(STDERR_FILENO, {text, std::min(static_cast<size_t>(length), sizeof text - 1)});
 }
 
 }  // namespace

@@ -7,11 +7,11 @@
 
 #include <atomic>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <new>
 
 #include "base/log.h"
+#include "base/printer_output.h"
 #include "base/standard_error.h"
 #include "status/status_memory.h"
 #include "status/user_texts.h"
@@ -40,7 +40,7 @@ void EndJobWithoutMemory() {
   RemoveStatusMemory();
   // Pages that are finished may have their last bytes here. Another thread could wait for the main
   // one, which may be writing them.
-  if (pthread_equal(pthread_self(), main_thread) != 0) fflush(stdout);
+  if (pthread_equal(pthread_self(), main_thread) != 0) FlushPrinterOutput();
   _exit(EXIT_FAILURE);
 }
 

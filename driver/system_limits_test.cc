@@ -9,10 +9,13 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <new>
+#include <string_view>
 #include <thread>
 
+#include "base/printer_output.h"
 #include "base/standard_error.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/temporary_folder.h"
@@ -73,7 +76,8 @@ TEST(SystemLimits, WhatWasWrittenBeforeGoesOut) {
       {
         PrepareForSystemLimits();
         stdout = freopen(path.c_str(), "w", stdout);
-        fputs("the last page", stdout);
+        constexpr std::string_view kPage = "the last page";
+        WritePrinterOutput({reinterpret_cast<const uint8_t*>(kPage.data()), kPage.size()});
         AskForTooMuch();
       },
       testing::ExitedWithCode(1), kOneLine);
@@ -86,7 +90,7 @@ TEST(SystemLimits, AFileThatMayNotGrowIsAnError) {
   EXPECT_EXIT(
       {
         PrepareForSystemLimits();
-        rlimit none {};
+        rlimit none{};
         setrlimit(RLIMIT_FSIZE, &none);
         const int file = open(path.c_str(), O_WRONLY | O_CREAT, 0600);
         const bool refused = write(file, "x", 1) < 0 && errno == EFBIG;

@@ -1,5 +1,7 @@
 // Whether a library may be loaded into root's process: nobody else may be able to change what it
-// is. SPDX-FileCopyrightText: The rastertoZR7700 authors SPDX-License-Identifier: Apache-2.0
+// is.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_ENGINE_LIBRARY_TRUST_H_
 #define ZR7700_ENGINE_LIBRARY_TRUST_H_
 

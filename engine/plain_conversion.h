@@ -1,6 +1,8 @@
 // The line conversion pixel by pixel and without tables: the plain form that ConvertLine
 // (line_conversion.h) equals bit for bit. No job takes this road; tests and fuzzers compare with
-// it. SPDX-FileCopyrightText: The rastertoZR7700 authors SPDX-License-Identifier: Apache-2.0
+// it.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_ENGINE_PLAIN_CONVERSION_H_
 #define ZR7700_ENGINE_PLAIN_CONVERSION_H_
 

@@ -1,7 +1,8 @@
 // The command line and its options, as any words, against a PPD: whatever they say, the job
 // variables and the engine's ini file get nothing but what the PPD offers, and CUPS is told what
-// the filter has to tell and no word of theirs but its own name. SPDX-FileCopyrightText: The
-// rastertoZR7700 authors SPDX-License-Identifier: Apache-2.0
+// the filter has to tell and no word of theirs but its own name.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <sys/mman.h>
 #include <unistd.h>
 

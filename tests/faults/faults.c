@@ -1,13 +1,16 @@
 // Loaded into the filter before everything else (LD_PRELOAD): lets one chosen call of a kind fail,
 // or all from there on, as if the system had refused it.
 //
-//   ZR7700_FAULT="KIND NUMBER once|ever ERRNO"  the call of the kind that fails, counted from
-//   main() ZR7700_FAULT_COUNTS=FILE                    how many there were of each kind, written at
-//   the end ZR7700_FAULT_CRASH=FILE                     where the process was when a signal ended
-//   it
+// clang-format off
+//   ZR7700_FAULT="KIND NUMBER once|ever ERRNO"  the call of the kind that fails, counted from main()
+//   ZR7700_FAULT_COUNTS=FILE                    how many there were of each kind, written at the end
+//   ZR7700_FAULT_CRASH=FILE                     where the process was when a signal ended it
+// clang-format on
 //
 // Pauses are a tenth as long as they were meant. What the C library calls inside itself is not
-// seen. SPDX-FileCopyrightText: The rastertoZR7700 authors SPDX-License-Identifier: Apache-2.0
+// seen.
+// SPDX-FileCopyrightText: The rastertoZR7700 authors
+// SPDX-License-Identifier: Apache-2.0
 #include <dlfcn.h>
 #include <errno.h>
 #include <execinfo.h>
@@ -29,9 +32,12 @@
 #define KINDS(X)                                                                                 \
   X(memory)                                                                                      \
   X(open)                                                                                        \
-  X(read) X(write) X(pwrite) X(lseek) X(stat) X(fstat) X(lstat) X(mmap) X(shm_open) X(ftruncate) \
-      X(posix_fallocate) X(poll) X(socket) X(connect) X(rename) X(fsync) X(fchmod) X(fchown)     \
-          X(close) X(pipe) X(fcntl) X(pthread_create) X(dlopen) X(unlink) X(bind) X(clock)
+  X(read)                                                                                        \
+  X(write)                                                                                       \
+  X(pwrite)                                                                                      \
+  X(lseek) X(stat) X(fstat) X(lstat) X(mmap) X(shm_open) X(ftruncate) X(posix_fallocate) X(poll) \
+      X(socket) X(connect) X(rename) X(fsync) X(fchmod) X(fchown) X(close) X(pipe) X(fcntl)      \
+          X(pthread_create) X(dlopen) X(unlink) X(bind) X(clock)
 
 enum Kind {
 #define ENUMERATE(kind) KIND_##kind,
@@ -147,7 +153,7 @@ FORWARD(ftruncate, int, ftruncate, (int file, off_t bytes), (file, bytes), -1)
 FORWARD(posix_fallocate, int, posix_fallocate, (int file, off_t from, off_t bytes),
         (file, from, bytes), chosen_errno)
 FORWARD(poll, int, poll, (struct pollfd * files, nfds_t count, int milliseconds),
-        (files, count, milliseconds), -1)
+        (files, count, milliseconds > 0 ? (milliseconds + 9) / 10 : milliseconds), -1)
 int __poll_chk(struct pollfd *files, nfds_t count, int milliseconds, size_t room);
 int __poll_chk(struct pollfd *files, nfds_t count, int milliseconds, size_t room) {
   if (count * sizeof *files > room) abort();
@@ -191,19 +197,6 @@ int close(int file) {
   }
 FCNTL(fcntl)
 FCNTL(fcntl64)
-
-static void pause_ns(long long ns) {
-  const struct timespec time = {(time_t)(ns / 1000000000), (long)(ns % 1000000000)};
-  nanosleep(&time, NULL);
-}
-unsigned sleep(unsigned seconds) {
-  pause_ns(seconds * 100000000LL);
-  return 0;
-}
-int usleep(useconds_t us) {
-  pause_ns(us * 100LL);
-  return 0;
-}
 
 static void tell_crash(int number) {
   void *frames[64];

@@ -15,7 +15,7 @@ from faulty_job import number, plain_job, run_faults
 ERRORS = {
     "open": ["EMFILE", "EACCES", "ENOENT", "ENFILE", "EIO", "ENOMEM"],
     "read": ["EIO", "EISDIR", "EINTR"],
-    "write": ["ENOSPC", "EIO", "EFBIG", "EINTR"],
+    "write": ["ENOSPC", "EIO", "EFBIG", "EINTR", "EAGAIN"],
     "pwrite": ["ENOSPC", "EIO", "EFBIG", "EINTR"],
     "fstat": ["EIO", "ENOMEM"],
     "lstat": ["EACCES", "EIO"],
@@ -44,7 +44,7 @@ def faults_of(kind):
     return [f"{kind} {n} {mode} {number(name)}"
             for n in range(1, count + 1, step)
             for name in (ERRORS[kind] if is_long else ERRORS[kind][:1])
-            for mode in ("once", "ever") if (mode, name) != ("ever", "EINTR")]
+            for mode in ("once", "ever") if mode == "once" or name not in ("EINTR", "EAGAIN")]
 
 
 @pytest.mark.parametrize("kind", ERRORS)
