@@ -5,7 +5,7 @@
 
 build_packages=(g++ cmake ninja-build pkg-config gettext
   libcups2-dev libcupsimage2-dev libplist-dev
-  libjpeg-dev libpng-dev libtiff-dev libexif-dev liblcms2-dev)
+  libjpeg-dev libpng-dev libtiff-dev libexif-dev liblcms2-dev nlohmann-json3-dev)
 companion_packages=(cups cups-ppdc cups-filters ghostscript poppler-utils python3)
 test_packages=(libgtest-dev libgmock-dev bubblewrap python3-pytest python3-numpy python3-pil
   gobjc++ libgnustep-base-dev cups-client cups-ipp-utils man-db mandoc reuse shellcheck)
