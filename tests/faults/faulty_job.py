@@ -23,10 +23,10 @@ class FaultyJob:
 
     def __init__(self, fault=None):
         self.fault = fault
-        environment = {"LD_PRELOAD": str(job.engine_folder() / "faults.so"),
-                       "ZR7700_FAULT": fault, "ZR7700_FAULT_COUNTS": "/bench/counts",
+        environment = {"ZR7700_FAULT": fault, "ZR7700_FAULT_COUNTS": "/bench/counts",
                        "ZR7700_FAULT_CRASH": "/bench/crash"}
         self.job = job.Job(ini=INI, environment=environment, limit=60,
+                           preloaded=[job.engine_folder() / "faults.so"],
                            script={("HPESendBand", "*"): [("emit", "78" * 100)]})
         self.counts, self.crash = {}, ""
         self._remove = self.job.sandbox.remove

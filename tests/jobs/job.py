@@ -41,13 +41,13 @@ def engine_folder():
 
 
 def faster_time():
-    """The library that makes time run faster for the filter; None when this test is in real time."""
+    """The library that makes time run faster for the filter; none when this test is in real time."""
     if pace.times_faster() == pace.REAL:
-        return None
+        return []
     library = engine_folder() / "faster_time.so"
     if not library.exists():
         raise RuntimeError(f"There is no {library}: build it, or set ZR7700_TIMES_FASTER=1.")
-    return library
+    return [library]
 
 
 @dataclass
@@ -58,6 +58,7 @@ class Job:
     settings: a dictionary, raw bytes for the file, or None for no file.
     pages: raster.Page list, or raw bytes for the whole stream.
     script: engine actions as {(entry, call): [(action, argument), ...]}; call may be "*".
+    preloaded: libraries that the filter loads before all others.
     limit: after so many of our seconds a job is taken to hang.
     input, output: descriptors in the place of standard input and output; input "closed" for none.
     prepare: called with the sandbox just before the start. actions: called with the job, in a
@@ -82,6 +83,7 @@ class Job:
     version: int = 3
     order: str = "<"
     environment: dict = field(default_factory=dict)
+    preloaded: list = field(default_factory=list)
     prepare: object = None
     actions: object = None
     limit: float = 90.0
@@ -242,7 +244,8 @@ class Job:
                 descriptors[3] = machine.filter_end
             started = self.clock.now()
             self.process = sandbox.Process(self.sandbox, filter_path(), self._arguments(),
-                                           self._environment(), descriptors, faster_time())
+                                           self._environment(), descriptors,
+                                           [*self.preloaded, *faster_time()])
             side = Beside(self.actions or (lambda job: None), self)
             side.start()
             status = self.process.wait(self.limit)

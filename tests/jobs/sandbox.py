@@ -99,20 +99,20 @@ def _sanitizer(program):
     return re.findall(r"=> (\S+/libasan\.so\S*)", said)
 
 
-def _preloading(library, program):
-    """Makes time run faster for what runs in the sandbox, and for nothing before it."""
-    inside = "/" + os.path.basename(library)
-    return ["--ro-bind", str(library), inside,
-            "--setenv", "LD_PRELOAD", ":".join([*_sanitizer(program), inside]),
+def _preloading(libraries, program):
+    """Loads libraries before what runs in the sandbox, and before nothing else."""
+    inside = {str(library): "/" + os.path.basename(library) for library in libraries}
+    binds = [word for pair in inside.items() for word in ("--ro-bind", *pair)]
+    return [*binds, "--setenv", "LD_PRELOAD", ":".join([*_sanitizer(program), *inside.values()]),
             "--setenv", "ZR7700_TIMES_FASTER", str(pace.times_faster()),
             "--setenv", "ZR7700_CLOCK", "/bench/clock"]
 
 
 class Process:
-    """A filter running in a sandbox; descriptors maps its descriptor numbers to ours. faster_time
-    is the library that makes time run as fast as pace.py says, None for real time."""
+    """A filter running in a sandbox; descriptors maps its descriptor numbers to ours. preloaded are
+    libraries that it loads before all others."""
 
-    def __init__(self, sandbox, program, arguments, environment, descriptors, faster_time=None):
+    def __init__(self, sandbox, program, arguments, environment, descriptors, preloaded=()):
         info_read, info_write = os.pipe()
         # Ours are moved out of the way first: the numbers below 10 are the filter's.
         moved = {number: fcntl_dup(ours) for number, ours in descriptors.items()}
@@ -121,8 +121,8 @@ class Process:
         actions += [(os.POSIX_SPAWN_CLOSE, n) for n in (0, 1, 2, 3) if n not in descriptors]
         actions.append((os.POSIX_SPAWN_DUP2, info, 9))
         bwrap = sandbox.command(program)
-        if faster_time is not None:
-            bwrap += _preloading(faster_time, program)
+        if preloaded:
+            bwrap += _preloading(preloaded, program)
         bwrap += ["--info-fd", "9", program] + arguments[1:]
         if arguments[0] != program:
             raise ValueError("argv[0] is the program")
