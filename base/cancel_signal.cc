@@ -98,7 +98,9 @@ bool IsReady(WaitEnd end) { return end == WaitEnd::kReady; }
 void InstallCancelHandler(void (*at_once)()) {
   OpenWakePipe();
   call_at_once = at_once;
-  signal(SIGTERM, HandleTerminate);
+  struct sigaction action = {};
+  action.sa_handler = HandleTerminate;  // not restarting what it interrupts
+  sigaction(SIGTERM, &action, nullptr);
 }
 
 bool CancelRequested() { return requested_at.load() != 0; }

@@ -60,6 +60,11 @@ void FlushPrinterOutput() {
   WriteBuffer();
 }
 
+bool FitsOutputBuffer(size_t count) {
+  const std::lock_guard lock(mutex);
+  return !buffer.is_ended && count <= buffer.bytes.size() - buffer.used;
+}
+
 bool HasBufferedOutput() {
   const std::lock_guard lock(mutex);
   return buffer.used > 0;

@@ -13,8 +13,12 @@
 
 namespace zr7700 {
 
-// Puts the bytes behind those that are already buffered; goes out in pieces of 4 KiB.
+// Puts the bytes behind those that are already buffered; goes out in pieces of 4 KiB. Waits for
+// nobody while they fit: a page can begin, and its printer be watched, while nobody takes output.
 void WritePrinterOutput(std::span<const uint8_t> bytes);
+
+// Whether so many more bytes fit without a write.
+bool FitsOutputBuffer(size_t count);
 
 // Writes what is buffered.
 void FlushPrinterOutput();

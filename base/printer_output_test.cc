@@ -58,6 +58,19 @@ TEST(PrinterOutput, FlushingNothingWritesNothing) {
   EXPECT_EQ(output.Arrived(), "");
 }
 
+TEST(PrinterOutput, WhatFitsNeedsNoWrite) {
+  test::InOwnProcess([] {
+    const test::StdoutCapture output;
+    EXPECT_TRUE(FitsOutputBuffer(4096));
+    EXPECT_FALSE(FitsOutputBuffer(4097));
+    Put("0123");
+    EXPECT_TRUE(FitsOutputBuffer(4092));
+    EXPECT_FALSE(FitsOutputBuffer(4093));
+    EndOutputBuffer();
+    EXPECT_FALSE(FitsOutputBuffer(1));
+  });
+}
+
 // What meets an error is lost, and nobody is told; what comes later goes out.
 TEST(PrinterOutput, GoesOnAfterAnError) {
   test::InOwnProcess([] {

@@ -48,7 +48,8 @@ std::string ThroughAPipe(const std::string& text, int write_flags) {
   std::string taken;
   std::thread reader([&] {
     char piece[3001];
-    for (ssize_t count; (count = read(ends[0], piece, sizeof piece)) > 0;) {
+    for (ssize_t count; (count = read(ends[0], piece, sizeof piece)) != 0;) {
+      if (count < 0) continue;  // the storm finds this thread too
       taken.append(piece, static_cast<size_t>(count));
       std::this_thread::sleep_for(std::chrono::microseconds(100));
     }

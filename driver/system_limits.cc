@@ -37,7 +37,7 @@ void EndJobWithoutMemory() {
   EndLineToCups();
   LogMessage(kLogDetail, "     Out of memory: the job ends here");
   TellCups(ZR7700_TEXT_NO_MEMORY);
-  RemoveStatusMemory();
+  UnlinkStatusMemory();
   // Pages that are finished may have their last bytes here. Another thread could wait for the main
   // one, which may be writing them.
   if (pthread_equal(pthread_self(), main_thread) != 0) FlushPrinterOutput();

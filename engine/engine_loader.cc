@@ -32,13 +32,20 @@ const paths::EngineFamily* FindFamily(char letter) {
   return nullptr;
 }
 
+// A library that has been loaded may have left any errno.
+void* Load(const char* path) {
+  errno = 0;
+  void* const library = dlopen(path, RTLD_LAZY);
+  if (library == nullptr && errno == ENOMEM) ReportNoMemory();
+  return library;
+}
+
 // Null for a library that cannot be opened, or may not be: as root the filter would do whatever its
 // author wants.
 void* OpenLibrary(const char* path) {
-  const MemoryWatch watch;
-  if (geteuid() != 0) return dlopen(path, RTLD_LAZY);
+  if (geteuid() != 0) return Load(path);
   PathText real_path;
-  if (BelongsToRootAlone(path, real_path)) return dlopen(real_path.text, RTLD_LAZY);
+  if (BelongsToRootAlone(path, real_path)) return Load(real_path.text);
   if (errno == EPERM) {
     LogMessage(kLogDetail, "   Not loaded as root, others may write or own it: %s", path);
   }

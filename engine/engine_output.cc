@@ -30,7 +30,7 @@ void Wait() {
 void SetOutputWait(OutputWait wait) { wait_for_output = wait; }
 
 void FlushEngineOutput() {
-  Wait();
+  if (HasBufferedOutput()) Wait();
   FlushPrinterOutput();
 }
 
@@ -41,7 +41,7 @@ void WriteEngineOutput(void* context, uint8_t* data, uint32_t length_bytes) noex
   }
   for (std::span<const uint8_t> rest(data, length_bytes); !rest.empty();) {
     const std::span<const uint8_t> piece = rest.first(std::min(rest.size(), kPieceBytes));
-    Wait();
+    if (!FitsOutputBuffer(piece.size())) Wait();
     WritePrinterOutput(piece);
     rest = rest.subspan(piece.size());
   }

@@ -74,6 +74,24 @@ TEST_F(EngineOutputTest, NothingIsFlushed) {
   EXPECT_EQ(output.Take(), "x");
 }
 
+int waits = 0;
+
+TEST_F(EngineOutputTest, IsWaitedForOnlyWhereAWriteIsDue) {
+  SetOutputWait([](int) { ++waits; });
+  {
+    const test::StdoutCapture output;
+    FlushEngineOutput();  // nothing is buffered
+    std::string block(4096, 'x');
+    WriteEngineOutput(nullptr, reinterpret_cast<uint8_t*>(block.data()), 4096);
+    EXPECT_EQ(waits, 0);
+    WriteEngineOutput(nullptr, reinterpret_cast<uint8_t*>(block.data()), 1);
+    EXPECT_EQ(waits, 1);
+    FlushEngineOutput();
+    EXPECT_EQ(waits, 2);
+  }
+  SetOutputWait(nullptr);
+}
+
 TEST_F(EngineOutputTest, NoDataIsNoOutput) {
   test::StdoutCapture output;
   WriteEngineOutput(&variables_, nullptr, 0);

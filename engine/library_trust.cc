@@ -11,10 +11,9 @@
 namespace zr7700 {
 namespace {
 
-bool OthersMayWrite(const struct stat& info) {
-  const bool group_may = (info.st_mode & S_IWGRP) != 0 && info.st_gid != 0;
-  return group_may || (info.st_mode & S_IWOTH) != 0;
-}
+// Root's own group counts as others: where there is an access list, the group's rights stand for
+// whoever is on it.
+bool OthersMayWrite(const struct stat& info) { return (info.st_mode & (S_IWGRP | S_IWOTH)) != 0; }
 
 enum class Folders {
   kClosed,  // nobody else may write

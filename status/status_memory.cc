@@ -112,8 +112,4 @@ void CloseStatusMemory() {
   UnlinkStatusMemory();
 }
 
-void RemoveStatusMemory() {
-  if (memory.descriptor >= 0) shm_unlink(paths::kStatusMemory);
-}
-
 }  // namespace zr7700

@@ -25,16 +25,12 @@ void PublishStatus(const PrinterStatusRecord& record);
 void ReadPublishedStatus(PrinterStatusRecord& record);
 
 // Removes the object's name, so that nobody finds it any more and it goes with this process,
-// however that ends; what holds it here stays. Does nothing the second time. Any thread, a signal
-// handler too.
+// however that ends; what holds it here stays. Does nothing the second time, and needs no memory.
+// Any thread, a signal handler too.
 void UnlinkStatusMemory();
 
 // Gives the object up and removes its name; does nothing the second time.
 void CloseStatusMemory();
-
-// Removes the object's name alone, which other threads may go on to use: for a process that is
-// about to end. Needs no memory. Any thread.
-void RemoveStatusMemory();
 
 }  // namespace zr7700
 

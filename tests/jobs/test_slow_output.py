@@ -163,3 +163,18 @@ def test_a_reader_that_takes_a_little_now_and_then_does_not_prolong_a_cancelled_
     assert 19.5 < result.seconds_after_cancel < LIMIT_WITHOUT_A_READER
     assert result.log.count(GIVEN_UP) == 1
     assert result.log[-1] == "     Ready to print."
+
+
+def test_an_empty_bin_is_told_while_the_printer_takes_nothing():
+    """Which is why it takes nothing: the page begins all the same, and the printer is watched."""
+    watched = []
+
+    def actions(job):
+        watched.append(job.until_log("Error check 24 "))
+        backend.take()
+
+    with Backend(PIPE_BYTES, PIPE_BYTES) as backend:
+        result = Job(output=backend.filter_end, record=record.record(error=0x24), actions=actions).run()
+        taken = backend.all_taken()
+    assert watched == [True] and "STATE: +media-needed\n" in result.stderr
+    assert result.status == 0 and len(taken) == 16
