@@ -25,7 +25,9 @@ import tempfile
 
 import numpy
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "tests/jobs"))
+TOP = pathlib.Path(__file__).resolve().parents[1]
+sys.path[:0] = [str(TOP / "tests/jobs"), str(TOP / "ppd")]
+import cups_ppd  # noqa: E402
 import job  # noqa: E402
 import raster  # noqa: E402
 import record  # noqa: E402
@@ -66,10 +68,6 @@ def processor_seconds():
     return used.ru_utime + used.ru_stime
 
 
-def default_of(option, ppd):
-    return re.search(rf"(?m)^\*Default{option}: *(\S+)", ppd)[1]
-
-
 def run_ours(build, page, family, ppd):
     """Seconds and bytes of one job with the open engine, in a private root."""
     os.environ["ZR7700_FILTER"] = str(build / "rastertoZR7700")
@@ -89,8 +87,8 @@ def run_ours(build, page, family, ppd):
 def ours(build, page, family, quality):
     """A function that prints the page once in one quality."""
     ppd = (build / "ppd/zr7700.ppd").read_text()
-    ppd = re.sub(r"(?m)^(\*DefaultPrintQuality:).*", rf"\1 {quality}", ppd)
-    assert default_of("PrintQuality", ppd) == quality
+    ppd, replaced = re.subn(r"(?m)^(\*DefaultPrintQuality:).*", rf"\1 {quality}", ppd)
+    assert replaced == 1
     return lambda: run_ours(build, page, family, ppd)
 
 
@@ -128,9 +126,9 @@ def main():
         rows |= {label: peer(folder, page_file, name, command)
                  for label, (name, command) in PEERS.items()
                  if pathlib.Path(FILTERS, name).exists()}
-        ppd = (build / "ppd/zr7700.ppd").read_text()
-        print("rastertoZR7700:", ", ".join(f"{option}={default_of(option, ppd)}"
-                                           for option in NAMED_OPTIONS), end="\n\n")
+        with cups_ppd.Ppd(str(build / "ppd/zr7700.ppd")) as ppd:
+            print("rastertoZR7700:", ", ".join(f"{option}={ppd.marked(option)}"
+                                               for option in NAMED_OPTIONS), end="\n\n")
         print("| filter | processor time | bytes written |\n| --- | --- | --- |")
         for label, run in rows.items():
             seconds, size = min(run() for _ in range(runs))

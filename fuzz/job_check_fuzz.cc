@@ -24,6 +24,7 @@
 #include "status/job_check.h"
 #include "status/status_memory.h"
 #include "status/status_reader.h"
+#include "status/test_cartridges.h"
 #include "status/test_records.h"
 #include "status/user_texts.h"
 #include "status/utility_notices.h"
@@ -141,21 +142,10 @@ void LetPrinterSpeak() {
   }
 }
 
-// The same table as the filter's, written down a second time.
-struct Family {
-  char letter;
-  uint32_t low;
-  uint32_t high;
-};
-constexpr Family kFamilies[] = {{'Q', 190'000'000, 400'000'000},
-                                {'P', 463'000'000, 700'000'000},
-                                {'U', 1'440'000'000, 1'820'000'000},
-                                {'V', 2'455'000'000, 3'000'000'000}};
-
 // What the records so far must have led to.
 struct Expected {
   std::string told;
-  Family family = kFamilies[0];
+  ExpectedCartridge cartridge = kExpectedCartridges[0];
   bool content = false;  // after the last record
   int errors = 0;
 };
@@ -168,10 +158,11 @@ uint32_t CountAt(const PrinterStatusRecord& record, size_t at) {
 void ExpectRecord(const PrinterStatusRecord& record, Expected& expected) {
   const size_t told_before = expected.told.size();
   const uint8_t letter = record[98];
-  const auto* const family = std::find_if(std::begin(kFamilies), std::end(kFamilies),
-                                          [&](const Family& row) { return row.letter == letter; });
-  if (family != std::end(kFamilies)) {
-    expected.family = *family;
+  const auto* const cartridge =
+      std::find_if(std::begin(kExpectedCartridges), std::end(kExpectedCartridges),
+                   [&](const ExpectedCartridge& row) { return row.letter == letter; });
+  if (cartridge != std::end(kExpectedCartridges)) {
+    expected.cartridge = *cartridge;
   } else if (letter >= 0x20 && letter <= 0x2F) {
     expected.told += ZR7700_RECOVERABLE ZR7700_TEXT_MISSING_CARTRIDGE;
   } else {
@@ -179,7 +170,7 @@ void ExpectRecord(const PrinterStatusRecord& record, Expected& expected) {
   }
   if (record[99] == 1) expected.told += ZR7700_RECOVERABLE ZR7700_TEXT_ALIGN;
   const uint32_t used = std::max({CountAt(record, 49), CountAt(record, 53), CountAt(record, 57)});
-  if (used > expected.family.high) expected.told += ZR7700_UNRECOVERABLE ZR7700_TEXT_OUT_OF_INK;
+  if (used > expected.cartridge.high) expected.told += ZR7700_UNRECOVERABLE ZR7700_TEXT_OUT_OF_INK;
   expected.content = expected.told.size() == told_before;
   if (!expected.content) ++expected.errors;
   if (!expected.content || expected.errors == 0) return;
@@ -217,8 +208,8 @@ void RequireNotices(int errors) {
 void RequireVariables(const Expected& expected) {
   if (trace.records.empty()) return Require(job_variables.inkLimitHigh == 0);
   const PrinterStatusRecord& last = trace.records.back();
-  Require(job_variables.inkLimitLow == expected.family.low);
-  Require(job_variables.inkLimitHigh == expected.family.high);
+  Require(job_variables.inkLimitLow == expected.cartridge.low);
+  Require(job_variables.inkLimitHigh == expected.cartridge.high);
   Require(job_variables.alignmentValue6 == last[102]);
   Require(job_variables.alignmentValue14 == last[103]);
   Require(job_variables.statusLetterReady == (last[26] == 'H' || last[26] == 'I' ? 1 : 0));

@@ -15,7 +15,7 @@ HERE = os.path.dirname(__file__)
 for folder in ("../ppd", "../tests/jobs"):
     sys.path.insert(0, os.path.join(HERE, folder))
 import raster  # pylint: disable=wrong-import-position
-from raster_pages import read_pages  # pylint: disable=wrong-import-position
+from raster_reader import pages_of  # pylint: disable=wrong-import-position
 
 PROGRAM = os.environ["ZR7700_RASTERTODISC"]
 PPD = os.environ["ZR7700_PPD"]
@@ -36,11 +36,9 @@ def said(done):
     return [line for line in done.stderr.decode().split("\n") if line]
 
 
-def pages_of(done, folder):
-    path = folder / "out.raster"
-    path.write_bytes(done.stdout)
+def pictures_of(done):
     return [(fields, np.frombuffer(pixels, np.uint8).reshape(fields["height_dots"], -1, 3))
-            for fields, pixels in read_pages(path)]
+            for fields, pixels in pages_of(done.stdout)]
 
 
 def even_page(width, height, color=INK, **fields):
@@ -61,19 +59,19 @@ def box(picture):
     return columns.min(), columns.max(), rows.min(), rows.max()
 
 
-def only_page(done, folder):
+def only_page(done):
     assert done.returncode == 0, done.stderr
-    (fields, picture), = pages_of(done, folder)
+    (fields, picture), = pictures_of(done)
     assert (fields["width_dots"], fields["height_dots"]) == picture.shape[1::-1]
     assert (fields["color_space"], fields["bits_per_pixel"]) == (1, 24)
     return picture
 
 
-def test_a_page_that_fits_passes_unchanged_inside_the_ring(tmp_path):
+def test_a_page_that_fits_passes_unchanged_inside_the_ring():
     noise = random.Random(7)
     page = even_page(DISC, DISC)
     page.lines = [noise.randbytes(3 * DISC) for _ in range(DISC)]
-    picture = only_page(run(stream(page, version=3)), tmp_path)
+    picture = only_page(run(stream(page, version=3)))
     sent = np.frombuffer(b"".join(page.lines), np.uint8).reshape(DISC, DISC, 3)
     axis = np.arange(DISC) - (DISC - 1) / 2
     distance = np.hypot(axis[None, :], axis[:, None])
@@ -102,9 +100,9 @@ PLACES = [
 
 
 @pytest.mark.parametrize("name,width,height,bounds,ink", PLACES, ids=[p[0] for p in PLACES])
-def test_a_picture_goes_to_its_place(tmp_path, name, width, height, bounds, ink):
+def test_a_picture_goes_to_its_place(name, width, height, bounds, ink):
     page = even_page(width, height, ImagingBoundingBox=bounds, PageSize=(340, 340))
-    picture = only_page(run(stream(page)), tmp_path)
+    picture = only_page(run(stream(page)))
     assert picture.shape == (DISC, DISC, 3)
     assert box(picture) == ink
 
@@ -112,14 +110,14 @@ def test_a_picture_goes_to_its_place(tmp_path, name, width, height, bounds, ink)
 @pytest.mark.parametrize("options,side", [
     ("", 2834), ("Resolution=300dpi", 1417), ("PageSize=80x80mm.Fullbleed", 1890),
     ("PageSize=80x80mm.Fullbleed Resolution=300dpi", 945), ("print-quality=3", 1417)])
-def test_the_page_is_what_the_job_asks_for(tmp_path, options, side):
-    picture = only_page(run(stream(even_page(500, 500)), options), tmp_path)
+def test_the_page_is_what_the_job_asks_for(options, side):
+    picture = only_page(run(stream(even_page(500, 500)), options))
     assert picture.shape == (side, side, 3)
 
 
-def test_the_middle_line_of_a_rough_disc_does_not_run_out(tmp_path):
+def test_the_middle_line_of_a_rough_disc_does_not_run_out():
     picture = only_page(run(stream(even_page(1417, 1417, HWResolution=(300, 300))),
-                            "print-quality=3"), tmp_path)
+                            "print-quality=3"))
     # 5 x 600 / 254 = 11 dots of margin.
     inked = np.nonzero((picture[708] != 255).any(axis=1))[0]
     assert inked.min() >= 11 and inked.max() <= 1417 - 11
@@ -129,12 +127,12 @@ def test_the_middle_line_of_a_rough_disc_does_not_run_out(tmp_path):
 @pytest.mark.parametrize("space,bits,dot,color", [
     (1, 24, INK, INK), (19, 24, INK, INK), (0, 8, (77,), (77, 77, 77)),
     (18, 8, (77,), (77, 77, 77)), (3, 8, (200,), (55, 55, 55))])
-def test_greys_and_colours_become_chunky_rgb(tmp_path, space, bits, dot, color):
+def test_greys_and_colours_become_chunky_rgb(space, bits, dot, color):
     page = even_page(100, 300, dot, cupsColorSpace=space, cupsBitsPerPixel=bits,
                      cupsNumColors=bits // 8)
     page.fields["cupsBytesPerLine"] = 100 * bits // 8
     page.fields["ImagingBoundingBox"] = (160, 40, 180, 80)  # beside the hole
-    picture = only_page(run(stream(page)), tmp_path)
+    picture = only_page(run(stream(page)))
     left, right, top, bottom = box(picture)
     assert (right - left + 1, bottom - top + 1) == (100, 300)
     assert (picture[top:bottom + 1, left:right + 1] == color).all()
@@ -142,19 +140,19 @@ def test_greys_and_colours_become_chunky_rgb(tmp_path, space, bits, dot, color):
 
 @pytest.mark.parametrize("version", [1, 2, 3])
 @pytest.mark.parametrize("order", ["<", ">"])
-def test_every_kind_of_stream(tmp_path, version, order):
+def test_every_kind_of_stream(version, order):
     done = run(raster.stream([even_page(1417, 2834)], version=version, order=order))
-    assert box(only_page(done, tmp_path)) == (708, 2124, 24, 2810)
+    assert box(only_page(done)) == (708, 2124, 24, 2810)
 
 
-def test_every_page_is_counted_on_a_line_of_its_own(tmp_path):
+def test_every_page_is_counted_on_a_line_of_its_own():
     done = run(stream(even_page(900, 900), even_page(1000, 1000, NumCopies=2)))
     assert done.returncode == 0
     # Whatever stands before on standard error must not swallow the line.
     assert done.stderr == b"\nPAGE: 1 1\n\nPAGE: 2 2\n"
     # The printer knows no copies: they are pages.
-    assert len(pages_of(done, tmp_path)) == 3
-    assert [fields["copies"] for fields, _ in pages_of(done, tmp_path)] == [1, 1, 1]
+    assert len(pictures_of(done)) == 3
+    assert [fields["copies"] for fields, _ in pictures_of(done)] == [1, 1, 1]
 
 
 def test_the_first_filter_makes_the_copies(tmp_path):
@@ -162,9 +160,9 @@ def test_the_first_filter_makes_the_copies(tmp_path):
     file.write_bytes(stream(even_page(900, 900), even_page(1000, 1000)))
     done = run(b"", copies="2", file=file)
     assert [line.split()[1] for line in said(done)] == ["1", "2", "3", "4"]
-    assert len(pages_of(done, tmp_path)) == 4
+    assert len(pictures_of(done)) == 4
     done = run(file.read_bytes(), copies="2")
-    assert len(pages_of(done, tmp_path)) == 2
+    assert len(pictures_of(done)) == 2
 
 
 def test_a_coarse_page_is_warned_of_once():
@@ -177,18 +175,18 @@ def test_a_coarse_page_is_warned_of_once():
     assert said(run(stream(fine))) == ["PAGE: 1 1"]
 
 
-def test_greys_only_when_the_job_wants_no_colours(tmp_path):
+def test_greys_only_when_the_job_wants_no_colours():
     with open(PPD, encoding="utf-8") as file:
         if "*OpenUI *ColorModel" not in file.read():
             pytest.skip("this PPD has no greys")
-    picture = only_page(run(stream(even_page(DISC, DISC, (100, 0, 0))), "ColorModel=Gray"), tmp_path)
+    picture = only_page(run(stream(even_page(DISC, DISC, (100, 0, 0))), "ColorModel=Gray"))
     assert (picture[100, 1417] == 31).all()
 
 
 def header_of(done):
     """Resolution, width and height as the stream's first header tells them."""
-    words = np.frombuffer(done.stdout[4:1800], "<u4")
-    return words[276 // 4], words[372 // 4], words[376 // 4]
+    fields = pages_of(done.stdout)[0][0]
+    return fields["x_dpi"], fields["width_dots"], fields["height_dots"]
 
 
 @pytest.mark.parametrize("dpi,points", [(300, 680), (72, 2834), (600, 340)])
@@ -197,12 +195,12 @@ def test_the_header_has_the_discs_resolution(dpi, points):
     assert header_of(run(stream(page), "print-scaling=none")) == (600, DISC, DISC)
 
 
-def test_margins_tell_the_place_when_there_is_no_box(tmp_path):
+def test_margins_tell_the_place_when_there_is_no_box():
     # 600 dots at 300 dpi are 144 points or 1200 dots of the disc: from the left edge, and 176 points
     # (1467 dots) above the lower one: 2834 - 1467 - 1200 = 167, of a page of 340 points, 2833 dots.
     page = even_page(600, 600, HWResolution=(300, 300), PageSize=(340, 340), cupsPageSize=(0, 0),
                      Margins=(98, 176))
-    left, right, top, bottom = box(only_page(run(stream(page)), tmp_path))
+    left, right, top, bottom = box(only_page(run(stream(page))))
     assert abs(top - 167) <= 1 and abs(bottom - 1366) <= 1
     assert abs((left + right) / 2 - 1416.5) <= 1
 
@@ -214,9 +212,9 @@ def test_a_page_that_misses_the_disc_is_warned_of():
     assert said(run(stream(even_page(100, 100, (255, 255, 255))))) == ["PAGE: 1 1"]
 
 
-def test_a_draft_ring_at_full_resolution_is_as_wide_as_its_name(tmp_path):
+def test_a_draft_ring_at_full_resolution_is_as_wide_as_its_name():
     done = run(stream(even_page(DISC, DISC)), "print-quality=3 Resolution=600dpi")
-    picture = only_page(done, tmp_path)
+    picture = only_page(done)
     assert any("meant for another resolution" in line for line in said(done))
     # 22 mm: 259 dots from the middle, and 1 mm of margin, 23 dots.
     assert (picture[1417, 1417 - 255:1417 + 255] == 255).all()
@@ -262,19 +260,19 @@ REFUSED = [
 
 
 @pytest.mark.parametrize("name,data,sentence", REFUSED, ids=[r[0] for r in REFUSED])
-def test_what_cannot_be_printed_is_told_in_one_sentence(tmp_path, name, data, sentence):
+def test_what_cannot_be_printed_is_told_in_one_sentence(name, data, sentence):
     done = run(data)
     assert done.returncode == 1
     told, = said(done)
     assert told.startswith("ERROR: ") and sentence in told and told.endswith(".")
-    assert pages_of(done, tmp_path) == [] if done.stdout else True
+    assert pictures_of(done) == [] if done.stdout else True
 
 
-def test_pages_before_a_damaged_one_are_whole(tmp_path):
+def test_pages_before_a_damaged_one_are_whole():
     good = raster.stream([even_page(800, 800), even_page(900, 900)], version=3)
     done = run(good[:-1000])
     assert done.returncode == 1
-    assert len(pages_of(done, tmp_path)) == 1
+    assert len(pictures_of(done)) == 1
     assert said(done)[0] == "PAGE: 1 1" and said(done)[1].startswith("ERROR: The page broke off")
 
 

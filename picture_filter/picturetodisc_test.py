@@ -18,7 +18,7 @@ import pytest
 from PIL import Image, ImageCms, ImageFile
 
 sys.path.insert(0, os.path.join(os.path.dirname(__file__), "../ppd"))
-from raster_pages import read_pages  # pylint: disable=wrong-import-position
+from raster_reader import read_pages  # pylint: disable=wrong-import-position
 
 # Pillow gives up on a picture that does not become smaller than its usual block.
 ImageFile.MAXBLOCK = 1 << 22

@@ -1,4 +1,8 @@
-"""The PPD as libcups reads it: a thin layer over its functions, one object per open file."""
+"""The PPD as libcups reads it: a thin layer over its functions, one object per open file.
+
+Debian's python3-cups lacks what this is for: a job's options marked as the scheduler marks them,
+what conflicts with a choice and how it is resolved, and the measures of a page size.
+"""
 # SPDX-FileCopyrightText: The rastertoZR7700 authors
 # SPDX-License-Identifier: Apache-2.0
 

@@ -1,28 +1,9 @@
-"""Labels as PDF files, the distribution's filters that turn them into raster, and the raster as
-libcups reads it."""
+"""Labels on their way through the distribution's filters: from PDF to raster."""
 # SPDX-FileCopyrightText: The rastertoZR7700 authors
 # SPDX-License-Identifier: Apache-2.0
 
-import ctypes
-import ctypes.util
 import os
 import subprocess
-
-_raster = ctypes.CDLL(ctypes.util.find_library("cupsimage"))
-_HEADER_BYTES = 1796
-# Offsets of 32-bit numbers in a page header, version 2.
-_FIELDS = {"x_dpi": 276, "y_dpi": 280, "copies": 340, "width_dots": 372, "height_dots": 376,
-           "bits_per_color": 384, "bits_per_pixel": 388, "bytes_per_line": 392,
-           "color_order": 396, "color_space": 400}
-
-for _name, _result, _arguments in (
-        ("cupsRasterOpen", ctypes.c_void_p, [ctypes.c_int, ctypes.c_int]),
-        ("cupsRasterReadHeader2", ctypes.c_uint, [ctypes.c_void_p, ctypes.c_char_p]),
-        ("cupsRasterReadPixels", ctypes.c_uint,
-         [ctypes.c_void_p, ctypes.c_char_p, ctypes.c_uint]),
-        ("cupsRasterClose", None, [ctypes.c_void_p])):
-    _function = getattr(_raster, _name)
-    _function.restype, _function.argtypes = _result, _arguments
 
 
 def pdf_file(objects):
@@ -68,20 +49,3 @@ def filtered_picture(ppd_path, picture, options, folder):
     path = folder / "picture.raster"
     path.write_bytes(done.stdout)
     return path
-
-
-def read_pages(path):
-    """[(header fields, bytes of all lines)] of a raster file."""
-    pages = []
-    with open(path, "rb") as file:
-        stream = _raster.cupsRasterOpen(file.fileno(), 0)
-        header = ctypes.create_string_buffer(_HEADER_BYTES)
-        while _raster.cupsRasterReadHeader2(stream, header):
-            fields = {name: int.from_bytes(header.raw[at:at + 4], "little")
-                      for name, at in _FIELDS.items()}
-            size = fields["bytes_per_line"] * fields["height_dots"]
-            pixels = ctypes.create_string_buffer(size)
-            assert _raster.cupsRasterReadPixels(stream, pixels, size) == size
-            pages.append((fields, pixels.raw))
-        _raster.cupsRasterClose(stream)
-    return pages

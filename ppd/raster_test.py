@@ -5,7 +5,8 @@
 import pytest
 from PIL import Image
 
-from raster_pages import filtered, filtered_picture, pdf, read_pages
+from raster_pages import filtered, filtered_picture, pdf
+from raster_reader import read_pages
 
 PAGES = [("120x120mm.Fullbleed", 340.157, "600dpi", 2834),
          ("120x120mm.Fullbleed", 340.157, "300dpi", 1417),

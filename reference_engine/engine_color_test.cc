@@ -58,7 +58,7 @@ using LinearColor = printer::Light;
 // says, which the engine's own is no part of.
 LinearColor PrintedLight(const PrintedPage& page, printer::Family family, uint32_t x, uint32_t y,
                          uint32_t side) {
-  const auto lights = printer::DotLights(family, static_cast<uint8_t>(page.media));
+  const auto lights = printer::DotLights(family, page.start.media);
   LinearColor sum = {0, 0, 0};
   for (uint32_t line = y; line < y + side; ++line)
     for (uint32_t column = x; column < x + side; ++column) {

@@ -78,7 +78,7 @@ TEST_P(EngineDocumentTest, EveryDocumentBeginsAfresh) {
   ASSERT_EQ(documents.size(), 2U);
   for (const PrintedDocument& document : documents) {
     ASSERT_EQ(document.pages.size(), 1U);
-    EXPECT_EQ(document.pages[0].number, 1U);
+    EXPECT_EQ(document.pages[0].start.number, 1U);
     EXPECT_EQ(document.pages_ended, 1U);
     EXPECT_EQ(document.pages_aborted, 0U);
   }
@@ -98,7 +98,7 @@ TEST_P(EngineDocumentTest, PropertiesOfTheNextPageDoNotTouchTheOpenOne) {
   EXPECT_EQ(SendLine(black, 3), kOk);
   EXPECT_EQ(calls_.HPEEndPage(handle_, 0) | calls_.HPEEndDoc(handle_, 0), kOk);
   const auto documents = Documents();
-  EXPECT_EQ(documents.at(0).pages.at(0).width, 20U);
+  EXPECT_EQ(documents.at(0).pages.at(0).start.width_dots, 20U);
   EXPECT_EQ(documents.at(0).pages.at(0).DropCount(0), 20U);
 }
 

@@ -234,7 +234,7 @@ TEST_P(EngineFailureTest, AGivenUpPageMakesRoomForTheNext) {
   ASSERT_EQ(pages.size(), 2U);
   EXPECT_TRUE(pages[0].aborted);
   EXPECT_FALSE(pages[1].aborted);
-  EXPECT_EQ(pages[1].number, 2U);
+  EXPECT_EQ(pages[1].start.number, 2U);
 }
 
 }  // namespace

@@ -64,21 +64,21 @@ TEST_P(EngineStreamTest, TellsThePrinterTheProperties) {
   job.alignment6 = 250;
   job.ini = IniText(2, 2, 2);
   const PrintedPage page = Print(job, Picture(2834, 10));
-  EXPECT_EQ(page.x_dpi, 600U);
-  EXPECT_EQ(page.y_dpi, 600U);
-  EXPECT_EQ(page.left_margin, 1916);
-  EXPECT_EQ(page.width, 2834U);
-  EXPECT_EQ(page.height, 10U);
-  EXPECT_EQ(page.physical_width, 5100U);
-  EXPECT_EQ(page.quality, 4U);
-  EXPECT_EQ(page.media, 1U);
-  EXPECT_EQ(page.passes, 2U);
-  EXPECT_EQ(page.direction, 2U);
-  EXPECT_EQ(page.mixing, 2U);
-  EXPECT_EQ(page.sharpening, 7U);
-  EXPECT_EQ(page.alignment, (std::array<uint8_t, 8>{112, 112, 112, 112, 250, 0, 40, 40}));
+  EXPECT_EQ(page.start.resolution_dpi, 600U);
+  EXPECT_EQ(page.start.vertical_resolution_dpi, 600U);
+  EXPECT_EQ(page.start.left_margin_dots, 1916);
+  EXPECT_EQ(page.start.width_dots, 2834U);
+  EXPECT_EQ(page.start.height_lines, 10U);
+  EXPECT_EQ(page.start.reach_dots, 5100U);
+  EXPECT_EQ(page.start.quality, 4U);
+  EXPECT_EQ(page.start.media, 1U);
+  EXPECT_EQ(page.start.passes, 2U);
+  EXPECT_EQ(page.start.direction, 2U);
+  EXPECT_EQ(page.start.mixing, 2U);
+  EXPECT_EQ(page.start.sharpening, 7U);
+  EXPECT_EQ(page.start.alignment, (std::array<uint8_t, 8>{112, 112, 112, 112, 250, 0, 40, 40}));
   // Twice the top margin of 69 and what the filter takes away again.
-  EXPECT_EQ(page.feed, 138U + 1900U);
+  EXPECT_EQ(page.feed, 138 + 1900);
 }
 
 TEST_P(EngineStreamTest, QualityChoosesThePassesUnlessTheIniFileDoes) {
@@ -86,9 +86,9 @@ TEST_P(EngineStreamTest, QualityChoosesThePassesUnlessTheIniFileDoes) {
   for (const auto& [quality, passes] : kPasses) {
     Job job = StandardJob();
     job.quality = quality;
-    EXPECT_EQ(Print(job, Picture(10, 10)).passes, passes);
+    EXPECT_EQ(Print(job, Picture(10, 10)).start.passes, passes);
     job.ini = IniText(1, 1, 0);
-    EXPECT_EQ(Print(job, Picture(10, 10)).passes, 1U);
+    EXPECT_EQ(Print(job, Picture(10, 10)).start.passes, 1U);
   }
 }
 
@@ -100,10 +100,10 @@ TEST_P(EngineStreamTest, DraftPagesKeepTheSeat) {
   Picture picture(1417, 4);
   picture.Fill(0, 0, 1417, 4, {0, 0, 0});
   const PrintedPage page = Print(job, picture);
-  EXPECT_EQ(page.x_dpi, 300U);
-  EXPECT_EQ(page.left_margin, 958);
+  EXPECT_EQ(page.start.resolution_dpi, 300U);
+  EXPECT_EQ(page.start.left_margin_dots, 958);
   // The top margin counts 1/600 inch here as well.
-  EXPECT_EQ(page.feed, 138U + 1900U);
+  EXPECT_EQ(page.feed, 138 + 1900);
   EXPECT_EQ(page.drop(2, 0, 0), 3);
   EXPECT_EQ(page.drop(2, 1416, 3), 3);
 }
@@ -208,7 +208,7 @@ TEST_P(EngineStreamTest, TheFilterMayChangeTheFeedInPlace) {
   std::ranges::copy(std::array<uint8_t, 4>{0, 0, 0, 0x8A}, feed + 4);
   TestPrinter printer;
   EXPECT_TRUE(printer.Print(stream)) << printer.error();
-  EXPECT_EQ(printer.documents()[0].pages[0].feed, 138U);
+  EXPECT_EQ(printer.documents()[0].pages[0].feed, 138);
 }
 
 TEST_P(EngineStreamTest, ShortLinesEndAtTheRightEdge) {
@@ -303,8 +303,8 @@ TEST_P(EngineStreamTest, TheIniFileIsReadAtEveryPage) {
   const std::vector<uint8_t> stream = host.Stream();
   ASSERT_TRUE(printer.Print(stream)) << printer.error();
   ASSERT_EQ(printer.documents()[0].pages.size(), 2U);
-  EXPECT_EQ(printer.documents()[0].pages[0].passes, 8U);
-  EXPECT_EQ(printer.documents()[0].pages[1].passes, 2U);
+  EXPECT_EQ(printer.documents()[0].pages[0].start.passes, 8U);
+  EXPECT_EQ(printer.documents()[0].pages[1].start.passes, 2U);
   EXPECT_EQ(printer.documents()[0].pages_ended, 2U);
 }
 

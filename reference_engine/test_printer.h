@@ -1,5 +1,5 @@
-// A printer for the tests: executes a stream strictly, straight from docs/printer-stream.md, and
-// shares no code with the engine.
+// A printer for the tests: keeps what the virtual printer's stream decoder reads in an engine's
+// output. The decoder shares no code with the engine.
 // SPDX-FileCopyrightText: The rastertoZR7700 authors
 // SPDX-License-Identifier: Apache-2.0
 #ifndef ZR7700_REFERENCE_ENGINE_TEST_PRINTER_H_
@@ -7,46 +7,24 @@
 
 #include <array>
 #include <cstdint>
-#include <map>
-#include <set>
 #include <span>
 #include <string>
 #include <vector>
 
+#include "virtual_printer/stream_decoder.h"
+
 namespace zr7700::reference_engine::testing {
 
-struct PrintedPass {
-  int head_line = 0;
-  bool reverse = false;
-  uint32_t rows = 0;
-};
-
 struct PrintedPage {
-  // Page-start, field by field.
-  uint32_t number = 0;
-  uint32_t x_dpi = 0;
-  uint32_t y_dpi = 0;
-  int left_margin = 0;
-  uint32_t width = 0;
-  uint32_t height = 0;
-  uint32_t physical_width = 0;
-  uint32_t quality = 0;
-  uint32_t media = 0;
-  uint32_t passes = 0;
-  uint32_t direction = 0;
-  uint32_t mixing = 0;
-  uint32_t sharpening = 0;
-  uint32_t nozzles = 0;
-  uint32_t pitch = 0;
-  std::array<uint8_t, 8> alignment = {};
-  uint32_t feed = 0;
-  std::vector<PrintedPass> sweeps;
+  printer::PageStart start;
+  int32_t feed = 0;  // 1/1200 inch
+  std::vector<printer::PassStart> sweeps;
   bool aborted = false;
   // Drop sizes by plane (C, M, Y), width x height of them.
-  std::array<std::vector<uint8_t>, 3> drops;
+  std::array<std::vector<uint8_t>, printer::kInks> drops;
 
   uint8_t drop(size_t plane, uint32_t column, uint32_t line) const {
-    return drops[plane][size_t{line} * width + column];
+    return drops[plane][size_t{line} * start.width_dots + column];
   }
   uint32_t DropCount(size_t plane) const;
 };
@@ -58,49 +36,26 @@ struct PrintedDocument {
   std::vector<PrintedPage> pages;
 };
 
-class TestPrinter {
+class TestPrinter : private printer::StreamListener {
  public:
-  // Executes a whole stream of documents, without the filter's print headers. False at the first
-  // violation; error() then names it with its byte offset.
+  // Decodes a whole stream of documents, without the filter's print headers. False when anything
+  // violates the format; error() then names the first violation with its byte offset.
   bool Print(std::span<const uint8_t> stream);
 
   const std::string& error() const { return error_; }
   const std::vector<PrintedDocument>& documents() const { return documents_; }
 
  private:
-  using Bytes = std::vector<uint8_t>;
+  void OnDocumentStart(uint64_t offset, const printer::DocumentStart& document) override;
+  void OnDocumentEnd(uint64_t offset, const printer::DocumentEnd& end) override;
+  void OnPageStart(uint64_t offset, const printer::PageStart& start) override;
+  void OnPassStart(uint64_t offset, const printer::PassStart& pass) override;
+  void OnPagePrinted(printer::PrintedPage&& printed) override;
+  void OnViolation(uint64_t offset, const std::string& sentence) override;
 
-  bool Fail(const std::string& what);
-  bool NextCommand();
-  bool Execute();
-  bool DocumentStart();
-  bool PageStart();
-  bool Feed();
-  bool PassStart();
-  bool Row();
-  bool PageEnd(bool aborted);
-  bool DocumentEnd();
-  bool DecodeCells(size_t cells, Bytes* levels);
-  bool LayCells(int first_column, const Bytes& levels, size_t plane, uint32_t line);
-  uint32_t U16(size_t at) const { return payload_[at] * 256U + payload_[at + 1]; }
-  uint32_t U32(size_t at) const { return U16(at) * 65536U + U16(at + 2); }
-  PrintedPage& page() { return documents_.back().pages.back(); }
-
-  std::span<const uint8_t> stream_;
-  size_t begin_ = 0;
-  size_t next_ = 0;
-  uint16_t command_ = 0;
-  Bytes payload_;
-  bool in_document_ = false;
-  bool in_page_ = false;
-  bool fed_ = false;
-  uint32_t rows_ = 0;
-  std::set<std::pair<size_t, uint32_t>> pass_rows_;
-  int64_t last_order_ = -1;
-  // The page's bytes that the checksum covers.
-  Bytes summed_;
   std::string error_;
   std::vector<PrintedDocument> documents_;
+  std::vector<printer::PassStart> sweeps_;  // of the open page
 };
 
 }  // namespace zr7700::reference_engine::testing

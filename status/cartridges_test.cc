@@ -7,6 +7,7 @@
 
 #include <string>
 
+#include "status/test_cartridges.h"
 #include "status/test_records.h"
 #include "tests/support/log_capture.h"
 
@@ -15,27 +16,11 @@ namespace {
 
 using ::testing::ElementsAre;
 
-struct Expected {
-  char letter;
-  uint32_t low;
-  uint32_t high;
-  const char* log;
-};
-
-constexpr Expected kExpected[] = {
-    {'Q', 190'000'000, 400'000'000, "CheckCartridges: ** Cartridges are ok"},
-    {'P', 463'000'000, 700'000'000, "CheckCartridges: ** Cartridges are ok (PRO Cart Installed)"},
-    {'U', 1'440'000'000, 1'820'000'000,
-     "CheckCartridges: ** Cartridges are ok (HERON Cart Installed)"},
-    {'V', 2'455'000'000, 3'000'000'000,
-     "CheckCartridges: ** Cartridges are ok (HERON QX Cart Installed)"},
-};
-
 bool IsKnown(int letter) {
   return letter == 'Q' || letter == 'P' || letter == 'U' || letter == 'V';
 }
 
-class KnownCartridge : public ::testing::TestWithParam<Expected> {};
+class KnownCartridge : public ::testing::TestWithParam<ExpectedCartridge> {};
 
 TEST_P(KnownCartridge, HasItsInkLimits) {
   const Cartridge* cartridge = FindCartridge(GetParam().letter);
@@ -76,7 +61,7 @@ TEST_P(KnownCartridge, IsJudgedByItsLargestCountNotBySum) {
                                       .cartridge = GetParam().letter})));
 }
 
-INSTANTIATE_TEST_SUITE_P(All, KnownCartridge, ::testing::ValuesIn(kExpected),
+INSTANTIATE_TEST_SUITE_P(All, KnownCartridge, ::testing::ValuesIn(kExpectedCartridges),
                          [](const auto& tested) { return std::string(1, tested.param.letter); });
 
 TEST(FindCartridge, KnowsNoOtherLetter) {

@@ -11,6 +11,7 @@
 #include "base/cancel_signal.h"
 #include "engine/engine_loader.h"
 #include "engine/job_variables.h"
+#include "status/test_cartridges.h"
 #include "status/test_notice.h"
 #include "status/test_printer.h"
 #include "status/test_records.h"
@@ -265,9 +266,7 @@ TEST_F(JobCheck, OutOfInk) {
 }
 
 TEST_F(JobCheck, EmptyLevelItselfIsNotOutOfInk) {
-  const std::pair<char, uint32_t> kLevels[] = {
-      {'Q', 400'000'000}, {'P', 700'000'000}, {'U', 1'820'000'000}, {'V', 3'000'000'000}};
-  for (const auto& [letter, level] : kLevels) {
+  for (const auto& [letter, low, level, log] : kExpectedCartridges) {
     const PrinterStatusRecord at_level =
         MakeRecord({.ink_count1 = level, .ink_count2 = 1, .ink_count3 = 1, .cartridge = letter});
     EXPECT_TRUE(Check(1, {at_level}));
@@ -283,19 +282,11 @@ TEST_F(JobCheck, AllErrorsAtOnceAreToldInTheirOrder) {
   EXPECT_EQ(told_, std::string(kInvalid) + kAlign + kOutOfInk + kAllRecovered);
 }
 
-TEST_F(JobCheck, StoresTheInkLimitsOfTheFamily) {
-  struct {
-    char letter;
-    uint32_t low;
-    uint32_t high;
-  } const kFamilies[] = {{'Q', 190'000'000, 400'000'000},
-                         {'P', 463'000'000, 700'000'000},
-                         {'U', 1'440'000'000, 1'820'000'000},
-                         {'V', 2'455'000'000, 3'000'000'000}};
-  for (const auto& family : kFamilies) {
-    EXPECT_TRUE(Check(1, {MakeRecord({.cartridge = family.letter})}));
-    EXPECT_EQ(job_variables.inkLimitLow, family.low) << family.letter;
-    EXPECT_EQ(job_variables.inkLimitHigh, family.high) << family.letter;
+TEST_F(JobCheck, StoresTheInkLimitsOfTheCartridge) {
+  for (const ExpectedCartridge& cartridge : kExpectedCartridges) {
+    EXPECT_TRUE(Check(1, {MakeRecord({.cartridge = cartridge.letter})}));
+    EXPECT_EQ(job_variables.inkLimitLow, cartridge.low) << cartridge.letter;
+    EXPECT_EQ(job_variables.inkLimitHigh, cartridge.high) << cartridge.letter;
   }
 }
 

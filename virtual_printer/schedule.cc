@@ -8,7 +8,7 @@
 #include <limits>
 #include <memory>
 
-#include "virtual_printer/text_file.h"
+#include "base/regular_file.h"
 #include "virtual_printer/words.h"
 
 namespace zr7700::printer {
@@ -58,6 +58,16 @@ std::string Join(const std::vector<std::string_view>& words) {
   return text;
 }
 
+// The text of the script at `path`; nothing, with one sentence in `error`, when it cannot be read.
+std::optional<std::string> ReadScript(const std::string& path, std::string& error) {
+  std::string text;
+  const FileReading reading = ReadRegularFile(path.c_str(), Links::kFollowed, kLongestScript, text);
+  if (reading == FileReading::kRead) return text;
+  if (reading == FileReading::kTooLong) errno = EFBIG;
+  error = "The file " + path + " cannot be read: " + std::strerror(errno) + ".";
+  return std::nullopt;
+}
+
 }  // namespace
 
 std::optional<ScheduledCommand> ParseScheduledCommand(std::string_view line, std::string& error) {
@@ -91,9 +101,9 @@ std::optional<std::vector<ScheduledCommand>> ParseScript(std::string_view text,
 
 std::optional<std::vector<ScheduledCommand>> LoadScript(const std::string& path,
                                                         std::string& error) {
-  std::string text;
-  if (!ReadTextFile(path, kLongestScript, text, error)) return std::nullopt;
-  auto script = ParseScript(text, error);
+  const auto text = ReadScript(path, error);
+  if (!text) return std::nullopt;
+  auto script = ParseScript(*text, error);
   if (!script) error = "The fault script " + path + " is wrong. " + error;
   return script;
 }

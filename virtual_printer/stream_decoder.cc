@@ -144,6 +144,7 @@ void StreamDecoder::Handle(const Item& item) {
 void StreamDecoder::HandleHeader(const Item& item) {
   Faults faults;
   const PrintHeader header = ReadPrintHeader(item.payload, faults);
+  if (!expects_headers_) faults.push_back("An engine sends no print header.");
   if (place_ == Place::kInDocument && last_page_number_ == 0) {
     faults.push_back("There must be no print header between document-start and the first page.");
   }
@@ -155,7 +156,7 @@ void StreamDecoder::HandleHeader(const Item& item) {
 void StreamDecoder::HandleDocumentStart(const Item& item) {
   Faults faults;
   const DocumentStart document = ReadDocumentStart(item.payload, faults);
-  if (!header_waits_) faults.push_back("There is no print header before document-start.");
+  if (HeaderIsMissing()) faults.push_back("There is no print header before document-start.");
   listener_.OnDocumentStart(item.offset, document);
   Violate(item, faults);
   family_ = document.family;
@@ -196,7 +197,7 @@ void StreamDecoder::HandlePageStart(const Item& item) {
   if (start.number != last_page_number_ + 1) {
     faults.push_back(NotEqual("page number", start.number, last_page_number_ + 1));
   }
-  if (!header_waits_) faults.push_back("There is no print header before the page.");
+  if (HeaderIsMissing()) faults.push_back("There is no print header before the page.");
   last_page_number_ = start.number;
   header_waits_ = false;
   open_.page.offset = item.offset;

@@ -65,6 +65,10 @@ class StreamDecoder {
   // nothing: what the stream says that the engine was told.
   void SetReverseLag(std::optional<int> columns) { reverse_lag_ = columns; }
 
+  // Takes the stream for what the engine alone sends, as it comes to the filter: no print header is
+  // missed, and any is a violation. To be called before the first Step.
+  void ExpectNoHeaders() { expects_headers_ = false; }
+
   // Adds the bytes that follow; they are copied.
   void Append(std::span<const uint8_t> bytes) { reader_.Append(bytes); }
 
@@ -107,6 +111,7 @@ class StreamDecoder {
   void CheckTotals(const Item& item, const PageTotals& totals);
   void EndPass();
   void EjectPage(bool spoilt);
+  bool HeaderIsMissing() const { return expects_headers_ && !header_waits_; }
   void JudgeEnd();
   void Violate(uint64_t offset, const std::string& sentence);
   void Violate(const Item& item, const Faults& faults);
@@ -115,6 +120,7 @@ class StreamDecoder {
   ItemReader reader_;
   std::optional<int> reverse_lag_;
   Place place_ = Place::kOutside;
+  bool expects_headers_ = true;
   bool header_waits_ = false;  // a print header has come that no page has used
   Family family_{};
   uint64_t offset_ = 0;  // behind the last item

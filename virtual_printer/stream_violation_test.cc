@@ -112,6 +112,25 @@ TEST(Violation, ItemsOutOfOrder) {
                                                  "document-start."}));
 }
 
+TEST(Violation, AnEnginesStreamHasNoPrintHeader) {
+  const auto told_by_engine = [](const StreamBuilder& stream) {
+    Listener listener;
+    StreamDecoder decoder(listener);
+    decoder.ExpectNoHeaders();
+    DecodeAll(decoder, stream.bytes(), 7);
+    return listener.violations;
+  };
+  StreamBuilder alone('G');
+  alone.DocumentStart().PageStart().Feed().PageEnd();
+  alone.PageStart({.number = 2}).Feed().PageEnd().DocumentEnd();
+  EXPECT_THAT(told_by_engine(alone), IsEmpty());
+
+  StreamBuilder with_header('G');
+  with_header.Header().DocumentStart().PageStart().Feed().PageEnd().DocumentEnd();
+  EXPECT_THAT(told_by_engine(with_header),
+              ElementsAre(Told{0, "An engine sends no print header."}));
+}
+
 TEST(Violation, AFeedMustFollowPageStartOnce) {
   StreamBuilder without('G');
   without.Header().DocumentStart().PageStart().Pass(0).Row(0, 'C', 0, "3").PageEnd();

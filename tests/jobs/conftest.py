@@ -10,7 +10,8 @@ import sys
 
 import pytest
 
-sys.path.insert(0, os.path.dirname(__file__))
+HERE = os.path.dirname(__file__)
+sys.path[:0] = [HERE, os.path.join(HERE, "../../ppd")]
 
 import pace  # noqa: E402
 

@@ -6,8 +6,6 @@ page are followed to the engine byte by byte.
 # SPDX-FileCopyrightText: The rastertoZR7700 authors
 # SPDX-License-Identifier: Apache-2.0
 
-import ctypes
-import ctypes.util
 import os
 import shutil
 import subprocess
@@ -17,6 +15,7 @@ import pytest
 
 import expected_page as page_model
 import ppd
+import raster_reader
 import record
 from job import CHOICES, Job
 
@@ -89,37 +88,21 @@ def rastered(kind, folder):
     return through("gstoraster", folder, pdf, "application/pdf", raw_ppd)
 
 
-def side_of(raw):
-    """The page's width and height in dots. 120 mm are 2834.6 dots: either way of rounding serves."""
-    order = "little" if raw[:1] != b"R" else "big"
-    width, height = (int.from_bytes(raw[at:at + 4], order) for at in (4 + 372, 4 + 376))
-    assert width == height and width in (2834, 2835)
-    return width
-
-
-def lines_of(path, side):
-    """The first page's lines, by the system's reader."""
-    lib = ctypes.CDLL(ctypes.util.find_library("cups"))
-    lib.cupsRasterOpen.restype = ctypes.c_void_p
-    fd = os.open(path, os.O_RDONLY)
-    stream = ctypes.c_void_p(lib.cupsRasterOpen(fd, 0))
-    header = ctypes.create_string_buffer(1796)
-    assert lib.cupsRasterReadHeader2(stream, header) == 1
-    line = ctypes.create_string_buffer(3 * side)
-    out = []
-    for _ in range(side):
-        assert lib.cupsRasterReadPixels(stream, line, 3 * side) == 3 * side
-        out.append(line.raw)
-    os.close(fd)
-    return out
+def lines_of(stream):
+    """The only page's lines, by the system's reader. 120 mm are 2834.6 dots: either way of rounding
+    serves."""
+    [(fields, pixels)] = raster_reader.pages_of(stream)
+    side = fields["width_dots"]
+    assert fields["height_dots"] == side and side in (2834, 2835)
+    assert fields["bytes_per_line"] == 3 * side
+    return [pixels[at:at + 3 * side] for at in range(0, len(pixels), 3 * side)]
 
 
 @pytest.mark.parametrize("kind", ["pdf", "png"])
 def test_a_label_prints(kind, tmp_path):
     source = rastered(kind, tmp_path)
-    (tmp_path / "raster").write_bytes(source)
-    side = side_of(source)
-    lines = lines_of(tmp_path / "raster", side)
+    lines = lines_of(source)
+    side = len(lines)
     assert len(set(lines)) > 20, "the label's picture is not in the raster"
     script = {("HPEStartPage", 1): [("emit", "00112233" + FEED.hex())],
               ("HPESendBand", 700): [("emit", (b"rows" * 200 + FEED).hex())]}

@@ -7,7 +7,6 @@ import functools
 import json
 import os
 import shutil
-import struct
 import subprocess
 import tempfile
 from dataclasses import dataclass
@@ -18,6 +17,7 @@ from PIL import Image
 
 import demo_options
 import demo_queue
+import raster_reader
 import sandbox
 
 REPOSITORY = Path(__file__).resolve().parents[2]
@@ -25,8 +25,6 @@ BUILD = Path(os.environ.get("ZR7700_BUILD", REPOSITORY / "build-release"))
 FILTER = sandbox.filter_path(BUILD)
 PPD = BUILD / "ppd/zr7700.ppd"
 PICTURES = BUILD / "picture"
-
-_HEADER_BYTES = 1796  # of a raster page; a stream begins with a word of 4 bytes
 
 
 @dataclass
@@ -64,15 +62,11 @@ def raster_file(label, options):
 
 def raster_pixels(stream):
     """The pixels of a stream's only page: rows, columns, RGB."""
-    word = lambda at: struct.unpack_from("<I", stream, 4 + at)[0]
-    width, height, line_bytes = word(372), word(376), word(392)
-    assert (word(388), word(396), word(400)) == (24, 0, 1), "chunky RGB of 8 bits"
-    assert line_bytes == 3 * width
-    if stream[:4] == b"3SaR":
-        pixels = stream[4 + _HEADER_BYTES:]
-        assert len(pixels) == height * line_bytes, "one whole page"
-        return np.frombuffer(pixels, np.uint8).reshape(height, width, 3)
-    raise ValueError(f"unknown raster {stream[:4]}")
+    [(fields, pixels)] = raster_reader.pages_of(stream)
+    kind = [fields[name] for name in ("bits_per_pixel", "color_order", "color_space")]
+    assert kind == [24, 0, 1], "chunky RGB of 8 bits"
+    assert fields["bytes_per_line"] == 3 * fields["width_dots"]
+    return np.frombuffer(pixels, np.uint8).reshape(fields["height_dots"], fields["width_dots"], 3)
 
 
 def _engine_into(box):
