@@ -21,7 +21,7 @@ uint32_t HoleRadiusDots(uint32_t tenths_mm) { return (tenths_mm & 0xFFFFU) * 300
 
 uint16_t OutlineHalfWidth(uint32_t diameter_dots, int from_middle) {
   const double d = (diameter_dots * diameter_dots) >> 2;
-  const double h = diameter_dots / 2;
+  const double h = diameter_dots / 2;  // whole dots. NOLINT(bugprone-integer-division)
   const double t = from_middle;
   return TruncatedRoot((d - (kNarrowing * h) * h) * (1.0 - t * t / d));
 }

@@ -19,7 +19,7 @@ void Whiten(std::span<uint8_t> line, Dots dots) {
   const int width = static_cast<int>(line.size() / 3);
   const int first = std::clamp(dots.first, 0, width);
   const int end = std::clamp(dots.end, first, width);
-  std::fill(line.begin() + first * 3, line.begin() + end * 3, uint8_t{0xFF});
+  std::fill(line.begin() + ptrdiff_t{first} * 3, line.begin() + ptrdiff_t{end} * 3, uint8_t{0xFF});
 }
 
 // A page's ring, line by line. Lines count from either edge; the page's two halves are alike.

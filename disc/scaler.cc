@@ -72,7 +72,8 @@ void Scaler::DrawFinishedLines(uint32_t source_line) {
   for (; lines_drawn_ < down_.count() && down_.Last(lines_drawn_) <= source_line; ++lines_drawn_) {
     Row& sum = SumOf(lines_drawn_);
     const std::span<uint8_t> out = canvas_.Line(down_.first_on_page() + lines_drawn_);
-    std::transform(sum.begin(), sum.end(), out.begin() + across_.first_on_page() * kChannels, Byte);
+    const auto first = static_cast<ptrdiff_t>(across_.first_on_page() * kChannels);
+    std::transform(sum.begin(), sum.end(), out.begin() + first, Byte);
     std::fill(sum.begin(), sum.end(), 0.0F);
   }
 }

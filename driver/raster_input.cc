@@ -40,6 +40,7 @@ std::unique_ptr<RasterStream> OpenRaster(const char* path) {
       return nullptr;
     }
   }
+  // The reader's context is the descriptor itself. NOLINTNEXTLINE(performance-no-int-to-ptr)
   void* const context = reinterpret_cast<void*>(static_cast<intptr_t>(descriptor));
   const MemoryWatch watch;
   return std::make_unique<RasterStream>(ReadInput, context);

@@ -44,7 +44,7 @@ std::string TiffSamples::Prepare() {
            "from.";
   }
   const uint64_t band_bytes = uint64_t{form_.LineBytes()} * block_height_;
-  const std::string complaint = CheckHeldBytes(std::max<uint64_t>(block_bytes_, band_bytes));
+  std::string complaint = CheckHeldBytes(std::max<uint64_t>(block_bytes_, band_bytes));
   if (!complaint.empty()) return complaint;
   block_.resize(block_bytes_);
   band_.resize(static_cast<size_t>(band_bytes));

@@ -52,6 +52,7 @@ class Unfolding {
     return value;
   }
 
+  // As deep as kMostNested, no deeper. NOLINTNEXTLINE(misc-no-recursion)
   bool Visit(uint64_t number, size_t depth) {
     if (number >= object_count_ || depth > kMostNested || ++objects_ > kMostObjects) return false;
     Object object = {};
@@ -72,6 +73,7 @@ class Unfolding {
     }
   }
 
+  // NOLINTNEXTLINE(misc-no-recursion): of Visit
   bool VisitReferences(uint64_t offset, uint64_t count, size_t depth) {
     if (count > (table_ - offset) / reference_width_) return false;
     for (uint64_t i = 0; i < count; ++i) {

@@ -77,7 +77,7 @@ bool IsInkLink(Family family, cmsHPROFILE profile) {
 
 // The 16-bit input that node `node` stands for; the widening skips the value 128.
 cmsUInt16Number NodeInput(uint32_t node) {
-  const double widened = static_cast<double>(node << kTableStepShift);
+  const auto widened = static_cast<double>(node << kTableStepShift);
   const double value = widened <= 127 ? widened : widened == 128 ? 127.5 : widened - 1;
   return static_cast<cmsUInt16Number>(value * 257);
 }
@@ -88,22 +88,22 @@ InkNode PackNode(const cmsUInt16Number* inks) {
 }
 
 void SampleRow(cmsHTRANSFORM transform, uint32_t red, uint32_t green, InkNode* row) {
-  std::array<cmsUInt16Number, kTableNodes * 3> in;
-  std::array<cmsUInt16Number, kTableNodes * 3> out;
-  for (uint32_t blue = 0; blue < kTableNodes; ++blue) {
+  std::array<cmsUInt16Number, size_t{kTableNodes} * 3> in;
+  std::array<cmsUInt16Number, size_t{kTableNodes} * 3> out;
+  for (size_t blue = 0; blue < kTableNodes; ++blue) {
     in[blue * 3] = NodeInput(red);
     in[blue * 3 + 1] = NodeInput(green);
-    in[blue * 3 + 2] = NodeInput(blue);
+    in[blue * 3 + 2] = NodeInput(static_cast<uint32_t>(blue));
   }
   cmsDoTransform(transform, in.data(), out.data(), kTableNodes);
-  for (uint32_t blue = 0; blue < kTableNodes; ++blue) row[blue] = PackNode(&out[blue * 3]);
+  for (size_t blue = 0; blue < kTableNodes; ++blue) row[blue] = PackNode(&out[blue * 3]);
 }
 
 std::vector<InkNode> Sample(cmsHTRANSFORM transform) {
-  std::vector<InkNode> nodes(kTableNodes * kTableNodes * kTableNodes);
+  std::vector<InkNode> nodes(size_t{kTableNodes} * kTableNodes * kTableNodes);
   for (uint32_t red = 0; red < kTableNodes; ++red)
     for (uint32_t green = 0; green < kTableNodes; ++green)
-      SampleRow(transform, red, green, &nodes[(red * kTableNodes + green) * kTableNodes]);
+      SampleRow(transform, red, green, &nodes[(size_t{red} * kTableNodes + green) * kTableNodes]);
   // Bare paper stays bare whatever the table says.
   nodes.back() = 0;
   return nodes;

@@ -129,6 +129,7 @@ int32_t SetImageSharpeningLevel(HPEHandle handle, int32_t value) {
 }  // extern "C"
 
 // The header declares the types of the entries only; a mistake above must not reach a host.
+// NOLINTNEXTLINE(bugprone-macro-parentheses): a type takes none
 #define ZR7700_CHECK_ENTRY(name, type) static_assert(std::is_same_v<decltype(&name), type>);
 HPE_ENTRIES(ZR7700_CHECK_ENTRY)
 #undef ZR7700_CHECK_ENTRY

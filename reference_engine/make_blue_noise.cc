@@ -42,7 +42,7 @@ class Pattern {
  private:
   static size_t Index(int cell) { return static_cast<size_t>(cell); }
   static size_t Slot(int dx, int dy) {
-    return static_cast<size_t>((dy + kReach) * (2 * kReach + 1) + dx + kReach);
+    return Index(dy + kReach) * Index(2 * kReach + 1) + Index(dx + kReach);
   }
 
   void Change(int cell, uint8_t value) {
@@ -65,7 +65,7 @@ class Pattern {
     return best;
   }
 
-  std::array<double, (2 * kReach + 1) * (2 * kReach + 1)> weights_;
+  std::array<double, size_t{2 * kReach + 1} * (2 * kReach + 1)> weights_;
   std::vector<uint8_t> ones_;
   std::vector<double> crowd_;
 };

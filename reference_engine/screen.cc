@@ -78,7 +78,7 @@ void Screen::Build(const ScreenSettings& settings) {
   for (uint32_t line = 0; line < kMaskSide; ++line)
     for (uint32_t phase = 0; phase < settings.passes; ++phase)
       for (const auto& mask : kBlueNoise)
-        FillRow(mask + line * kMaskSide, thresholds, phase, settings.passes, row++);
+        FillRow(mask + size_t{line} * kMaskSide, thresholds, phase, settings.passes, row++);
   // Last and together: after a lack of memory above, rows and settings still belong together.
   rows_ = std::move(rows);
   settings_ = settings;

@@ -8,7 +8,8 @@ build_packages=(g++ cmake ninja-build pkg-config gettext
   libjpeg-dev libpng-dev libtiff-dev libexif-dev liblcms2-dev nlohmann-json3-dev)
 companion_packages=(cups cups-ppdc cups-filters ghostscript poppler-utils python3)
 test_packages=(libgtest-dev libgmock-dev bubblewrap python3-pytest python3-numpy python3-pil
-  gobjc++ libgnustep-base-dev cups-client cups-ipp-utils man-db mandoc reuse shellcheck)
+  gobjc++ libgnustep-base-dev cups-client cups-ipp-utils man-db mandoc reuse shellcheck
+  clang-tidy cppcheck valgrind)
 installation_test_packages=(debhelper debootstrap dpkg-dev)
 long_test_packages=(apparmor autopkgtest lintian qemu-user-static)
 

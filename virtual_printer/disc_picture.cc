@@ -94,7 +94,7 @@ DiscPlace PlaceDisc(const PrintedPage& page, int diameter_mm) {
   place.side_dots = SideDots(place.diameter_mm, start.resolution_dpi);
   place.left_dots = start.left_margin_dots - SeatLeft(start.media) * dpi / 600;
   // The feed counts 1/1200 inch; half dots are rounded downwards on the disc.
-  const double top = static_cast<double>((page.feed - int64_t{2 * kSeatTop}) * dpi) / 1200;
+  const double top = static_cast<double>((page.feed - int64_t{2} * kSeatTop) * dpi) / 1200;
   place.top_dots = static_cast<int64_t>(std::floor(top + 0.5));
   return place;
 }

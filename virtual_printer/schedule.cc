@@ -127,6 +127,7 @@ std::vector<Command> Schedule::TakeDue(double now_s) {
   std::stable_sort(due.begin(), due.end(),
                    [](const auto& a, const auto& b) { return a.delay_s < b.delay_s; });
   std::vector<Command> commands;
+  commands.reserve(due.size());
   for (const ScheduledCommand& scheduled : due) commands.push_back(scheduled.command);
   return commands;
 }

@@ -47,8 +47,8 @@ bool HasLegalNozzles(Family family, const PageStart& page) {
 
 // Rows of a pass must come in rising rank: Granite line by line C, M, Y; Heron Y, then M, then C.
 int64_t RankOf(Family family, const RowStart& row) {
-  const int64_t ink = static_cast<int64_t>(InkOfPlane(row.plane));
-  if (family == Family::kGranite) return row.nozzle * 3 + ink;
+  const auto ink = static_cast<int64_t>(InkOfPlane(row.plane));
+  if (family == Family::kGranite) return int64_t{row.nozzle} * 3 + ink;
   return (2 - ink) * 65536 + row.nozzle;
 }
 
@@ -187,7 +187,7 @@ void StreamDecoder::HandleDocumentEnd(const Item& item) {
 void StreamDecoder::HandlePageStart(const Item& item) {
   Faults faults;
   open_ = {};
-  PageStart& start = open_.page.start = ReadPageStart(item.payload, faults);
+  const PageStart& start = open_.page.start = ReadPageStart(item.payload, faults);
   if (!HasLegalNozzles(family_, start)) {
     faults.push_back("The family " + std::string(FamilyName(family_)) + " has no head with " +
                      std::to_string(start.nozzles) + " nozzles of pitch " +

@@ -77,7 +77,7 @@ std::string PropertyList::Xml() const {
   char* xml = nullptr;
   uint32_t xml_bytes = 0;
   plist_to_xml(root_.get(), &xml, &xml_bytes);
-  const std::string text = xml != nullptr ? std::string(xml, xml_bytes) : std::string();
+  std::string text = xml != nullptr ? std::string(xml, xml_bytes) : std::string();
   free(xml);
   return text;
 }
