@@ -162,8 +162,8 @@ TEST(RasterStream, ALineThatIsTooLongEndsTheStream) {
   }
 }
 
-TEST(RasterStream, AHeaderThatMakesNoSenseIsBroken) {
-  PieceSource source{WithLine(CUPS_RASTER_WRITE, 10)};  // no whole number of pixels
+void ExpectBrokenAfterAPage(const std::string& text) {
+  PieceSource source{text};
   RasterStream stream(PieceSource::Read, &source);
   cups_page_header2_t header;
   ASSERT_EQ(stream.NextPage(header), Next::kPage);
@@ -171,14 +171,13 @@ TEST(RasterStream, AHeaderThatMakesNoSenseIsBroken) {
   EXPECT_EQ(stream.NextPage(header), Next::kBroken);
 }
 
+TEST(RasterStream, AHeaderThatMakesNoSenseIsBroken) {
+  ExpectBrokenAfterAPage(WithLine(CUPS_RASTER_WRITE, 10));  // no whole number of pixels
+}
+
 TEST(RasterStream, AStreamThatIsCutOffIsBroken) {
   const std::string text = TwoPages(CUPS_RASTER_WRITE_COMPRESSED);
-  PieceSource source{text.substr(0, SecondHeader(text) + 100)};
-  RasterStream stream(PieceSource::Read, &source);
-  cups_page_header2_t header;
-  ASSERT_EQ(stream.NextPage(header), Next::kPage);
-  ReadLines(stream, header);
-  EXPECT_EQ(stream.NextPage(header), Next::kBroken);
+  ExpectBrokenAfterAPage(text.substr(0, SecondHeader(text) + 100));
 }
 
 TEST(RasterStream, WhatIsNoRasterHasNoPages) {

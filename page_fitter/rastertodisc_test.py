@@ -12,8 +12,9 @@ import numpy as np
 import pytest
 
 HERE = os.path.dirname(__file__)
-for folder in ("../ppd", "../tests/jobs"):
+for folder in ("../disc", "../ppd", "../tests/jobs"):
     sys.path.insert(0, os.path.join(HERE, folder))
+from farewell import expect_farewell  # pylint: disable=wrong-import-position
 import raster  # pylint: disable=wrong-import-position
 from raster_reader import pages_of  # pylint: disable=wrong-import-position
 
@@ -305,17 +306,7 @@ def test_a_next_filter_that_has_gone_is_told():
 
 
 def test_a_cancel_leaves_the_next_filter_time_to_hear_of_it():
-    """It would take the end of its input for the end of the page."""
-    with subprocess.Popen([PROGRAM, "1", "u", "t", "1", ""], stdin=subprocess.PIPE,
-                          stdout=subprocess.PIPE, env={"PPD": PPD}) as process:
-        process.stdin.write(stream(even_page(99, 99))[:100])
-        process.stdin.flush()
-        with pytest.raises(subprocess.TimeoutExpired):
-            process.wait(0.3)
-        process.terminate()
-        with pytest.raises(subprocess.TimeoutExpired):
-            process.wait(0.5)
-        assert process.wait(5) == 0
+    expect_farewell(PROGRAM, PPD, stream(even_page(99, 99))[:100])
 
 
 @pytest.mark.parametrize("mebibytes", range(28, 64, 4))

@@ -17,7 +17,9 @@ import numpy
 import pytest
 from PIL import Image, ImageCms, ImageFile
 
-sys.path.insert(0, os.path.join(os.path.dirname(__file__), "../ppd"))
+for folder in ("../disc", "../ppd"):
+    sys.path.insert(0, os.path.join(os.path.dirname(__file__), folder))
+from farewell import expect_farewell  # pylint: disable=wrong-import-position
 from raster_reader import read_pages  # pylint: disable=wrong-import-position
 
 # Pillow gives up on a picture that does not become smaller than its usual block.
@@ -418,14 +420,4 @@ def test_help_and_version():
 
 
 def test_a_cancel_leaves_the_next_filter_time_to_hear_of_it():
-    """It would take the end of its input for the end of the page."""
-    with subprocess.Popen([FILTER, "1", "u", "t", "1", ""], stdin=subprocess.PIPE,
-                          stdout=subprocess.PIPE, env={"PPD": os.environ["ZR7700_PPD"]}) as process:
-        process.stdin.write(saved(quarters(99, 99), "PNG")[:100])
-        process.stdin.flush()
-        with pytest.raises(subprocess.TimeoutExpired):
-            process.wait(0.3)
-        process.terminate()
-        with pytest.raises(subprocess.TimeoutExpired):
-            process.wait(0.5)
-        assert process.wait(5) == 0
+    expect_farewell(FILTER, os.environ["ZR7700_PPD"], saved(quarters(99, 99), "PNG")[:100])
